@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstdint>
+
+#include "boxes/BoxBase.h"
+
+/// Media header box "mdhd".
+class MP4JUDGE_API BoxMDHD : public BoxBase {
+ public:
+  bool ReadData(mmStreamReader* reader, long long size, Mp4Context* context) override {
+    return BoxBase::ReadData(reader, size, context);
+  };
+  unsigned int GetTimescale() { return timescale; }
+
+  std::uint64_t creationTime = 0;
+  std::uint64_t modificationTime = 0;
+  std::uint32_t timescale = 0;
+  std::uint64_t duration = 0;
+  std::uint16_t language = 0;
+};

@@ -1,0 +1,105 @@
+#pragma once
+
+#include <climits>
+#include <cstdint>
+#include <memory>
+
+#include "io/ByteOrder.h"
+#include "io/ScanControl.h"
+#include "io/WrapMath.h"
+#include "io/mmStreamReader.h"
+
+class Mp4Context;
+
+/// What every box source is made of: the child loop, the full-box header, and child creation.
+namespace mp4 {
+
+/// A child's header inside a container.
+struct ChildHeader {
+  std::uint32_t type;
+  long long size;     ///< the whole box; a stored 0 already means the rest of the container
+  long long payload;  ///< size - 8, negative in a broken file
+};
+
+/// What a container's dispatch says about one child.
+enum class Child { kRead, kFailed, kUnknown };
+
+/// What the loop does with an unknown child. kEnter counts its size without moving the reader, so
+/// the next header is read from inside it: fragment and movie-extends boxes are read that way.
+enum class UnknownChild { kSkip, kEnter };
+
+struct WalkEnd {
+  long long consumed;  ///< declared bytes, a failed child included
+  bool failed;
+};
+
+/// The child loop of every container below the file's top level. Sizes are 32-bit; the 64-bit form
+/// is not understood there. Starts with `consumed` bytes counted, ends when `size` is reached, the
+/// count exceeds `most`, a child fails, or the opening's account is spent. The caller skips what
+/// remains. `dispatch(const ChildHeader&)` returns a Child and may throw only bad_alloc.
+template <class Dispatch>
+WalkEnd WalkChildren(mmStreamReader* reader, long long size, long long consumed,
+                     UnknownChild unknown, Dispatch&& dispatch, long long most = LLONG_MAX) {
+  ScanControl* scan = reader->Scan();
+  while (consumed < size && consumed <= most) {
+    if (scan != nullptr && !scan->TakeHeader()) return {consumed, true};
+    unsigned char header[8] = {};
+    reader->GetData(header, sizeof header);
+    const std::uint32_t stored = LoadBe32(header);
+    const long long childSize = stored != 0 ? stored : size - consumed;
+    const ChildHeader child{LoadLe32(header + 4), childSize, childSize - 8};
+    Child result = Child::kFailed;
+    try {
+      result = dispatch(child);
+    } catch (...) {
+      result = Child::kFailed;
+    }
+    if (result == Child::kUnknown && unknown == UnknownChild::kSkip) reader->Skip(child.payload);
+    consumed = WrapAdd(consumed, childSize);
+    if (result == Child::kFailed) return {consumed, true};
+  }
+  return {consumed, false};
+}
+
+/// Reads a child into a box that is created on first sight and reused afterwards.
+template <class Box>
+Child ReadReused(std::unique_ptr<Box>* slot, mmStreamReader* reader, const ChildHeader& child,
+                 Mp4Context* context) {
+  if (*slot == nullptr) *slot = std::make_unique<Box>();
+  return (*slot)->ReadData(reader, child.payload, context) ? Child::kRead : Child::kFailed;
+}
+
+/// Reads a child into a new box that replaces an earlier one of its kind.
+template <class Box>
+Child ReadReplacing(std::unique_ptr<Box>* slot, mmStreamReader* reader, const ChildHeader& child,
+                    Mp4Context* context) {
+  *slot = std::make_unique<Box>();
+  return (*slot)->ReadData(reader, child.payload, context) ? Child::kRead : Child::kFailed;
+}
+
+/// Version and flags of a full box.
+struct FullBoxHeader {
+  std::uint8_t version;
+  std::uint32_t flags;
+};
+
+inline FullBoxHeader ReadFullBoxHeader(mmStreamReader* reader) {
+  const std::uint8_t version = reader->GetByte();
+  return {version, reader->GetBe24()};
+}
+
+/// Passes over version and flags. A seek, unlike a read, may go past the end of a file.
+inline void SkipFullBoxHeader(mmStreamReader* reader) { reader->Skip(4); }
+
+/// Runs what may allocate in a function that must not throw; false when it threw.
+template <class Work>
+bool WithoutThrowing(Work&& work) {
+  try {
+    work();
+    return true;
+  } catch (...) {
+    return false;
+  }
+}
+
+}  // namespace mp4

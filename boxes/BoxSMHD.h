@@ -1,0 +1,6 @@
+#pragma once
+
+#include "boxes/BoxBase.h"
+
+/// Sound media header box "smhd": passed over.
+class MP4JUDGE_API BoxSMHD : public BoxBase {};

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "boxes/BoxBase.h"
+#include "boxes/Mp4Context.h"
+#include "io/mmBuffer.h"
+
+/// Sample size box "stsz".
+class MP4JUDGE_API BoxSTSZ : public BoxBase {
+ public:
+  bool ReadData(mmStreamReader* reader, long long size, Mp4Context* context) override {
+    return BoxBase::ReadData(reader, size, context);
+  };
+  unsigned int GetSampleSize(int) { return 0; }
+  void AppendSize(unsigned int) {}
+  /// As `count` calls of AppendSize, in one step where the result allows.
+  void AppendSizes(unsigned int /*size*/, unsigned int /*count*/) {}
+  unsigned int GetSampleCount() const { return 0; }
+  /// True while AppendSizes of `size` needs no memory (the constant form holds).
+  bool StaysConstant(unsigned int /*size*/) const { return false; }
+};

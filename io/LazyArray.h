@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+
+namespace mp4 {
+
+/// `bytes` zero bytes that cost resident memory only where they are written; null on failure.
+void* AllocateLazyZeros(std::size_t bytes);
+void FreeLazyZeros(void* block);
+
+/// Releases an array made by MakeLazyArray; its elements need no destructor.
+struct LazyArrayDeleter {
+  void operator()(void* block) const { FreeLazyZeros(block); }
+};
+
+/// An owned array of zero-filled records.
+template <class T>
+using LazyArray = std::unique_ptr<T[], LazyArrayDeleter>;
+
+template <class T>
+LazyArray<T> MakeLazyArray(std::size_t count) {
+  return LazyArray<T>(static_cast<T*>(AllocateLazyZeros(count * sizeof(T))));
+}
+
+}  // namespace mp4

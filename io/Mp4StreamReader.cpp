@@ -1,0 +1,129 @@
+#include "io/Mp4StreamReader.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <new>
+
+#include "io/Utf8Path.h"
+
+namespace {
+
+/// After a jump a small step is read, since the next jump is often near; forward reading doubles
+/// it.
+constexpr std::size_t kSmallestStep = 1024;
+constexpr std::size_t kLargestStep = 16384;
+
+bool IsRandomAccess(int file) {
+  struct stat info {};
+  return fstat(file, &info) == 0 && (S_ISREG(info.st_mode) || S_ISBLK(info.st_mode));
+}
+
+}  // namespace
+
+Mp4StreamReader::~Mp4StreamReader() { Close(); }
+
+void Mp4StreamReader::Close() {
+  if (file >= 0) close(file);
+  file = -1;
+  pos = 0;
+  windowLength = windowStep = 0;
+}
+
+bool Mp4StreamReader::SetFilePath(const wchar_t* path) {
+  Close();
+  mp4::PathBuffer name;
+  mp4::WidePathToUtf8(path, &name);
+  // Non-blocking, so that a pipe without a writer cannot hold the host up.
+  file = open(name.data(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (file >= 0 && !IsRandomAccess(file)) Close();
+  return file >= 0;
+}
+
+std::size_t Mp4StreamReader::ReadAt(long long offset, void* dst, std::size_t n) const {
+  std::size_t got = 0;
+  while (got < n) {
+    const ssize_t r = pread(file, static_cast<char*>(dst) + got, n - got,
+                            static_cast<off_t>(offset + static_cast<long long>(got)));
+    if (r < 0 && errno == EINTR) continue;
+    if (r <= 0) break;
+    got += static_cast<std::size_t>(r);
+  }
+  return got;
+}
+
+/// Loads the window at the current position; false when there is nothing to read.
+bool Mp4StreamReader::Fill() {
+  if (file < 0) return false;
+  if (window == nullptr) {
+    window.reset(new (std::nothrow) unsigned char[kLargestStep]);
+    if (window == nullptr) return false;
+  }
+  const bool forward =
+      windowLength > 0 && pos == windowStart + static_cast<long long>(windowLength);
+  windowStep = forward ? std::min(windowStep * 2, kLargestStep) : kSmallestStep;
+  windowStart = pos;
+  windowLength = ReadAt(pos, window.get(), windowStep);
+  return windowLength > 0;
+}
+
+unsigned char Mp4StreamReader::GetByte() {
+  auto at = static_cast<unsigned long long>(pos - windowStart);
+  if (at >= windowLength) {
+    if (!Fill()) return 0;
+    at = 0;
+  }
+  ++pos;
+  return window[at];
+}
+
+unsigned int Mp4StreamReader::GetData(void* dst, unsigned int n) {
+  auto* out = static_cast<unsigned char*>(dst);
+  unsigned int got = 0;
+  while (got < n) {
+    const auto at = static_cast<unsigned long long>(pos - windowStart);
+    const std::size_t wanted = n - got;
+    std::size_t taken = 0;
+    if (at < windowLength) {
+      taken = std::min<std::size_t>(wanted, windowLength - at);
+      std::memcpy(out + got, window.get() + at, taken);
+    } else if (wanted >= kLargestStep) {
+      taken = file < 0 ? 0 : ReadAt(pos, out + got, wanted);
+    } else if (Fill()) {
+      continue;
+    }
+    if (taken == 0) break;
+    got += static_cast<unsigned int>(taken);
+    pos += static_cast<long long>(taken);
+  }
+  return got;
+}
+
+long long Mp4StreamReader::GetPos() { return pos; }
+
+long long Mp4StreamReader::SetPos(long long p) {
+  if (file < 0 || p < 0) return -1;
+  pos = p;
+  return 0;
+}
+
+long long Mp4StreamReader::Skip(long long n) {
+  if (file < 0 || n < -pos || n > LLONG_MAX - pos) return -1;
+  pos += n;
+  return 0;
+}
+
+long long Mp4StreamReader::GetSize() {
+  struct stat info {};
+  if (file < 0 || fstat(file, &info) != 0) return 0;
+  if (S_ISREG(info.st_mode)) return info.st_size;
+  const off_t end = lseek(file, 0, SEEK_END);
+  return end < 0 ? 0 : end;
+}
+
+bool Mp4StreamReader::IsEnd() { return GetPos() == GetSize(); }

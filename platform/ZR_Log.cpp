@@ -1,0 +1,3 @@
+#include "platform/ZR_Log.h"
+
+extern "C" __attribute__((weak)) void ZRLogEx(const wchar_t*) {}
