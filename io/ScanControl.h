@@ -17,10 +17,10 @@ class ScanControl {
   explicit ScanControl(std::int64_t sourceSize, ScanControl* outer = nullptr)
       : sourceSize(sourceSize),
         headers(sourceSize / limits::kBytesPerHeader + limits::kSpareHeaders),
-        bytes(sourceSize * limits::kBytesReadPerSourceByte + limits::kSpareBytesRead),
-        memory(sourceSize * limits::kMemoryPerSourceByte + limits::kSpareMemory),
-        merge(sourceSize * limits::kMergePerSourceByte + limits::kSpareMerge),
-        inflated(sourceSize * limits::kInflatedPerSourceByte + limits::kInflatedTotal),
+        bytes(Share(limits::kBytesReadPerSourceByte) + limits::kSpareBytesRead),
+        memory(Share(limits::kMemoryPerSourceByte) + limits::kSpareMemory),
+        merge(Share(limits::kMergePerSourceByte) + limits::kSpareMerge),
+        inflated(Share(limits::kInflatedPerSourceByte) + limits::kInflatedTotal),
         outer(outer) {
     if (outer != nullptr) tablesUnread = outer->tablesUnread;
   }
@@ -40,6 +40,11 @@ class ScanControl {
   bool tablesUnread = false;
 
  private:
+  /// A sparse file may claim nearly 2^63 bytes; the product stays far below.
+  std::int64_t Share(std::int64_t perSourceByte) const {
+    return std::min(sourceSize, limits::kLargestCountedSource) * perSourceByte;
+  }
+
   static bool Take(std::int64_t* left, std::int64_t n) {
     if (n > *left) {
       *left = 0;

@@ -17,8 +17,9 @@ mmBufReader::mmBufReader(const void* bytes, std::size_t n) {
   capacity = size = static_cast<int>(length);
 }
 
-mmBufReader::mmBufReader(std::unique_ptr<unsigned char[]> bytes, int n)
-    : data(std::move(bytes)), capacity(n), size(n) {}
+mmBufReader::mmBufReader(std::unique_ptr<unsigned char[]> bytes, int n) : data(std::move(bytes)) {
+  if (data != nullptr && n > 0) capacity = size = n;
+}
 
 unsigned char mmBufReader::GetByte() {
   const unsigned char byte = pos >= 0 && pos < size ? data[static_cast<std::size_t>(pos)] : 0;
