@@ -39,7 +39,7 @@ constexpr std::int64_t kLargestInflated = 256 * kMiB;
 constexpr std::int64_t kInflateRatio = 1040;
 constexpr std::int64_t kInflateSpare = 64 * kKiB;
 /// All compressed movies of one opening together: what bounds the time spent inflating.
-constexpr std::int64_t kInflatedTotal = 512 * kMiB;
+constexpr std::int64_t kInflatedTotal = 256 * kMiB;
 constexpr std::int64_t kInflatedPerSourceByte = 16;
 /// Compressed movies inside compressed movies.
 constexpr int kDeepestCompressedMovie = 4;
