@@ -33,7 +33,7 @@ missing_packages() {
 # install_needs NEED...: returns at once when everything is there.
 install_needs() {
   local packages=() as_root=() log=$root/build/install.log
-  mapfile -t packages < <(missing_packages "$@")
+  read -r -d '' -a packages <<<"$(missing_packages "$@")" || true
   ((${#packages[@]})) || return 0
   command -v apt-get >/dev/null || die "please install: ${packages[*]}"
   if ((EUID != 0)); then
