@@ -59,7 +59,7 @@ class Track {
     }
   }
 
-  reference::Cursor plain;
+  reference_cursor::Cursor plain;
 
  private:
   void MakeTimes(unsigned n) {
@@ -113,7 +113,7 @@ class Track {
   std::vector<tagSTSC> chunkRuns;
 };
 
-void ExpectSame(const BoxSTBL& box, const reference::Cursor& plain) {
+void ExpectSame(const BoxSTBL& box, const reference_cursor::Cursor& plain) {
   ASSERT_EQ(box.curTime, plain.curTime);
   ASSERT_EQ(box.curOffset, plain.curOffset);
   ASSERT_EQ(box.curSize, plain.curSize);

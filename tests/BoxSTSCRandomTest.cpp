@@ -65,7 +65,7 @@ class Pair {
 
   OneTrack sound;
   BoxSTSC box;
-  reference::SampleToChunk plain;
+  reference_cursor::SampleToChunk plain;
   std::vector<tagSTSC> published;
 };
 

@@ -8,7 +8,7 @@
 
 /// Sample tables and cursors in their plainest form: a walk for every question, one sample a step.
 /// The tests hold the library's fast paths against them.
-namespace reference {
+namespace reference_cursor {
 
 /// The sample-to-chunk cursor, over the bytes of the table.
 struct SampleToChunk {
@@ -211,4 +211,4 @@ struct Cursor {
   }
 };
 
-}  // namespace reference
+}  // namespace reference_cursor

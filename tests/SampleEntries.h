@@ -10,6 +10,8 @@
 #include "tests/Bytes.h"
 #include "tests/Fixtures.h"
 
+namespace sample_entries {
+
 /// A context with one current track.
 struct OneTrack {
   explicit OneTrack(std::uint32_t handler = 0, bool quickTime = false)
@@ -93,3 +95,7 @@ inline Bytes EsdsPayload(unsigned objectType, const Bytes& info) {
       .Byte(1)
       .Byte(2);
 }
+
+}  // namespace sample_entries
+
+using namespace sample_entries;

@@ -11,6 +11,8 @@
 #include "io/mmBufReader.h"
 #include "tests/Bytes.h"
 
+namespace chunk_tables {
+
 /// Table payloads, whole boxes and track records for the tests of the sample tables.
 
 /// Version, flags and a count before the rows.
@@ -94,3 +96,7 @@ struct OneTrack {
 
 inline constexpr std::uint32_t kSound = mp4::FourCC("soun");
 inline constexpr std::uint32_t kVideo = mp4::FourCC("vide");
+
+}  // namespace chunk_tables
+
+using namespace chunk_tables;
