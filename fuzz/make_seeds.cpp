@@ -5,11 +5,12 @@
 #include <fstream>
 #include <string>
 
-#include "tests/MovieFixtures.h"
+#include "tests/GoldenBoxes.h"
 
 namespace {
 
 using namespace fixture;
+using namespace golden;
 
 std::filesystem::path root;
 
@@ -26,76 +27,6 @@ void SaveFile(const std::string& name, const Bytes& bytes) {
   Save("demux", name, bytes);
 }
 
-Bytes Text(std::string_view key, std::string_view text) {
-  return Box(key, Bytes().Be16(static_cast<unsigned>(text.size())).Be16(0).Text(text));
-}
-
-Bytes Item(std::string_view key, std::string_view text) {
-  return Box(key, Box("data", Bytes().Be32(1).Be32(0).Text(text)));
-}
-
-Bytes UserData() {
-  const Bytes ilst = Box("ilst", Item("\xA9"
-                                      "nam",
-                                      "Name") +
-                                     Item("\xA9"
-                                          "alb",
-                                          "Album"));
-  return Box("udta", Text("\xA9"
-                          "ART",
-                          "Artist") +
-                         Box("meta", Bytes().Be32(0) + Hdlr("mdir") + ilst));
-}
-
-Bytes Esds(unsigned objectType) {
-  return FullBox("esds", 0, 0,
-                 Bytes{3, 25, 0, 1, 0, 4, 17} + Bytes().Byte(objectType).Byte(0x15).Fill(11) +
-                     Bytes{5, 2, 0x12, 0x10, 6, 1, 2});
-}
-
-Track Song(const std::string& format) {
-  Track song;
-  song.id = 2;
-  song.format = format;
-  song.handler = "soun";
-  song.timescale = 44100;
-  song.times = {{3, 1024}, {1, 500}};
-  song.chunks = {{1, 2}, {2, 1}};
-  song.offsets = {1500, 2500, 3500};
-  song.edits = {{100, -1}, {300, 10}};
-  song.atoms = Esds(0x40);
-  return song;
-}
-
-Track Film() {
-  Track film;
-  film.sync = {1, 3};
-  film.edits = {{400, 0}};
-  film.atoms = Box("avcC", Bytes{1, 66, 0, 30, 0xFF});
-  return film;
-}
-
-Bytes Mvex() {
-  Bytes trex;
-  for (const unsigned id : {1u, 2u}) {
-    trex.Append(FullBox("trex", 0, 0, Bytes().Be32(id).Be32(1).Be32(100).Be32(20).Be32(0)));
-  }
-  return Box("mvex", FullBox("mehd", 0, 0, Bytes().Be32(9)) + trex);
-}
-
-Bytes Fragment() {
-  const Bytes uniform = FullBox("trun", 0, 1, Bytes().Be32(3).Be32(8));
-  const Bytes mixed = FullBox(
-      "trun", 0, 0xF04,
-      Bytes().Be32(2).Be32(0).Be32(1).Be32(2).Be32(3).Be32(4).Be32(5).Be32(6).Be32(0x10000).Be32(
-          8));
-  return Box("moof", FullBox("mfhd", 0, 0, Bytes().Be32(1)) +
-                         Box("traf", FullBox("tfhd", 0, 0x39,
-                                             Bytes().Be32(1).Be64(5000).Be32(7).Be32(8).Be32(0)) +
-                                         uniform + mixed) +
-                         Box("traf", FullBox("tfhd", 0, 0, Bytes().Be32(2)) + mixed));
-}
-
 void SaveBox(const std::string& name, unsigned maker, unsigned surround, const Bytes& box) {
   Bytes input{static_cast<int>(maker), static_cast<int>(surround), 0, 0};
   for (std::size_t i = 8; i < box.size(); ++i) input.Byte(box[i]);
@@ -107,7 +38,7 @@ void SaveFiles() {
   SaveFile("clear", Ftyp("isom") + Moov({Film(), Song("mp4a")}, UserData()) + mdat);
   SaveFile("protected", Ftyp("M4A ", {"mp42"}) + Moov({Song("drms")}) + mdat);
   SaveFile("fragments",
-           Ftyp("iso5") + Moov({Film(), Song("mp4a")}, Mvex()) + Fragment() + mdat + Fragment());
+           Ftyp("iso5") + Moov({Film(), Song("mp4a")}, Mvex()) + Moof() + mdat + Moof());
   SaveFile("compressed", Box("moov", Cmov(Moov({Film(), Song("drms")}))));
   SaveFile("large",
            Ftyp("qt  ") + SizedBox(1, "mdat", Bytes().Be64(40).Fill(24)) + Moov({Song("ima4")}));
@@ -115,7 +46,7 @@ void SaveFiles() {
 
 void SaveBoxes() {
   SaveBox("moov", 0, 0, Moov({Film(), Song("mp4a")}, UserData() + Mvex()));
-  SaveBox("moof", 1, 0, Fragment());
+  SaveBox("moof", 1, 0, Moof());
   SaveBox("trak", 2, 0, Trak(Film()));
   SaveBox("stbl", 5, 0x30, Stbl(Song("mp4a")));
   SaveBox("stsd-sound", 6, 0x70, Stsd(AudioEntry("mp4a", Esds(0x69))));
