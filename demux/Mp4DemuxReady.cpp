@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <climits>
+#include <cstring>
 #include <new>
 
 #include "demux/Mp4Demux.h"
@@ -59,7 +60,7 @@ bool Mp4Demux::IsSupportedFormat(unsigned int tag) {
   return std::any_of(std::begin(m_arSupportedMode), std::end(m_arSupportedMode), [tag](auto mode) {
     const Mp4FileModeInfo* row = GetFileModeInfo(mode);
     unsigned char bytes[4];
-    std::copy(std::begin(row->tag), std::end(row->tag), bytes);
+    std::memcpy(bytes, row->tag, sizeof bytes);
     return mp4::LoadLe32(bytes) == tag;
   });
 }

@@ -178,9 +178,9 @@ struct Track {
   std::vector<ChunkRun> chunks = {{1, 1}};
   Words sizes = {10, 20, 30, 40};
   Words offsets = {1000, 2000, 3000, 4000};
-  Words sync = {};          ///< no "stss" when empty
-  std::vector<Edit> edits;  ///< no "edts" when empty
-  Bytes atoms = {};         ///< inside the sample entry
+  Words sync = {};               ///< no "stss" when empty
+  std::vector<Edit> edits = {};  ///< no "edts" when empty
+  Bytes atoms = {};              ///< inside the sample entry
 };
 
 inline Bytes Stbl(const Track& t) {
