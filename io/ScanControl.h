@@ -13,8 +13,8 @@ namespace mp4 {
 /// the box that asked for it fail.
 ///
 /// An inflated movie is a source of its own, whose control draws on the account of the outer one.
-/// Its bytes widen what may be read of it in proportion, but neither the memory nor the fixed shares:
-/// a few kilobytes that inflate a thousandfold get no more of those.
+/// Its bytes widen what may be read of it in proportion, but neither the memory nor the fixed
+/// shares: a few kilobytes that inflate a thousandfold get no more of those.
 class ScanControl {
  public:
   /// `sourceSize` is the size of the source in bytes, taken once when the opening starts.
@@ -67,7 +67,6 @@ class ScanControl {
     *left -= n;
     return true;
   }
-
 
   Account own;
   Account* account;

@@ -10,7 +10,8 @@ declare -A floor=(
 seen=0 failed=0
 while IFS=: read -r file line text; do
   from=${file%%/*}
-  header=$(sed -E 's/^[^"]*"([^"]*)".*/\1/' <<<"$text")
+  header=${text#*\"}
+  header=${header%%\"*}
   to=${header%%/*}
   seen=$((seen + 1))
   if [[ -z ${floor[$to]:-} ]]; then

@@ -21,5 +21,12 @@ while read -r header; do
     "$compiler" -std=c++17 -Wall -Wextra -Werror -fsyntax-only -I"$work/prefix/include/mp4judge" -x c++ -
 done < <(cd "$work/prefix/include/mp4judge" && find . -name '*.h')
 
+# The programs that the README shows compile.
+show() { awk -v start="^\`\`\`$1\$" '$0 ~ start {on = 1; next} /^```/ {on = 0} on' "$source/README.md"; }
+flags=(-Wall -Wextra -Werror -fsyntax-only -I"$work/prefix/include/mp4judge")
+[[ $(show c) == *main* && $(show cpp) == *main* ]]
+show c | "${CC:-cc}" -std=c99 "${flags[@]}" -x c -
+show cpp | "$compiler" -std=c++17 "${flags[@]}" -x c++ -
+
 # The installed tool finds its library without help.
 if [[ -x $build/bin/mp4judge ]]; then "$work/prefix/bin/mp4judge" "$build/samples/clear.m4a"; fi
