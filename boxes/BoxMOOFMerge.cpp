@@ -115,7 +115,9 @@ std::int64_t RunMerge::TimeCost() const {
 
 std::int64_t RunMerge::SyncCost() const {
   if (tables->sampleSizeBox == nullptr || tables->syncSampleBox == nullptr) return 0;
-  if (!Has(BoxTRUN::kSampleFlags) && (values.flags & kNotSync) != 0) return kSyncCost;
+  if (!Has(BoxTRUN::kSampleFlags) && (values.flags & kNotSync) != 0) {
+    return Has(BoxTRUN::kFirstSampleFlags) ? kSyncCost : 0;
+  }
   return kSyncCost * run.sample_count + kStepCost * absent;
 }
 
