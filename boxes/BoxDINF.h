@@ -2,5 +2,6 @@
 
 #include "boxes/BoxBase.h"
 
-/// Data information box "dinf": passed over.
+/// Data information box "dinf" (ISO/IEC 14496-12 DataInformationBox), contained in "minf":
+/// passes over its payload.
 class MP4JUDGE_API BoxDINF : public BoxBase {};

@@ -2,9 +2,9 @@
 
 #include "boxes/BoxBase.h"
 
-/// Media data box "mdat": passed over.
+/// Media data box "mdat" (ISO/IEC 14496-12 MediaDataBox): passes over its payload.
 class MP4JUDGE_API BoxMDAT : public BoxBase {
  public:
-  /// Reads nothing: callers fetch sample bytes themselves.
+  /// Reads nothing and succeeds: callers fetch sample bytes themselves.
   bool GetSampleData(SAMPLE* /*sample*/) { return true; }
 };

@@ -8,17 +8,23 @@
 #include "boxes/BoxSTBL.h"
 #include "boxes/BoxVMHD.h"
 
-/// Media information box "minf".
+/// Media information box "minf" (ISO/IEC 14496-12 MediaInformationBox), contained in "mdia". Owns
+/// the sample table and hands iteration down to it. Times are media timescale units.
 class MP4JUDGE_API BoxMINF : public BoxBase {
  public:
-  bool ReadData(mmStreamReader* reader, long long size, Mp4Context* context) override {
-    return BoxBase::ReadData(reader, size, context);
-  };
-  void Clear() {}
-  bool ReadyToDemux(SAMPLE*) { return false; }
-  bool GetSampleInfo(SAMPLE*) { return false; }
-  bool Next() { return false; }
-  long long Seek(long long) { return 0; }
+  ~BoxMINF() override;
+
+  /// False without reader, context or payload, when a child fails, or without a sample table. A
+  /// repeated child replaces the earlier one.
+  bool ReadData(mmStreamReader* reader, long long size, Mp4Context* context) override;
+  void Clear();
+
+  /// The three below are false without a sample table.
+  bool ReadyToDemux(SAMPLE* sample);
+  bool GetSampleInfo(SAMPLE* sample);
+  bool Next();
+  /// Returns the media time reached, -1 without a sample table.
+  long long Seek(long long mediaTime);
 
   std::unique_ptr<BoxVMHD> videoHeaderBox;
   std::unique_ptr<BoxSMHD> soundHeaderBox;

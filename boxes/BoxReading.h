@@ -3,6 +3,8 @@
 #include <climits>
 #include <cstdint>
 #include <memory>
+#include <utility>
+#include <vector>
 
 #include "io/ByteOrder.h"
 #include "io/ScanControl.h"
@@ -75,6 +77,21 @@ Child ReadReplacing(std::unique_ptr<Box>* slot, mmStreamReader* reader, const Ch
                     Mp4Context* context) {
   *slot = std::make_unique<Box>();
   return (*slot)->ReadData(reader, child.payload, context) ? Child::kRead : Child::kFailed;
+}
+
+/// Charged to the opening for one box of a list: the object, its place, and the box below it.
+constexpr std::int64_t kCollectedBoxMemory = 128;
+
+/// Reads a child into a new box that joins a list when it succeeds.
+template <class Box>
+Child ReadCollected(std::vector<std::unique_ptr<Box>>* list, mmStreamReader* reader,
+                    const ChildHeader& child, Mp4Context* context) {
+  ScanControl* scan = reader->Scan();
+  if (scan != nullptr && !scan->TakeMemory(kCollectedBoxMemory)) return Child::kFailed;
+  auto box = std::make_unique<Box>();
+  if (!box->ReadData(reader, child.payload, context)) return Child::kFailed;
+  list->push_back(std::move(box));
+  return Child::kRead;
 }
 
 /// Version and flags of a full box.

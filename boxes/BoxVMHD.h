@@ -2,5 +2,6 @@
 
 #include "boxes/BoxBase.h"
 
-/// Video media header box "vmhd": passed over.
+/// Video media header box "vmhd" (ISO/IEC 14496-12 VideoMediaHeaderBox), contained in "minf":
+/// passes over its payload.
 class MP4JUDGE_API BoxVMHD : public BoxBase {};

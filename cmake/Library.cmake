@@ -8,7 +8,7 @@ add_library(mp4judge_objects OBJECT ${MP4JUDGE_SOURCES})
 set_target_properties(mp4judge_objects PROPERTIES
   POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
 target_include_directories(mp4judge_objects PUBLIC ${PROJECT_SOURCE_DIR})
-target_link_libraries(mp4judge_objects PUBLIC ZLIB::ZLIB PRIVATE mp4judge_warnings)
+target_link_libraries(mp4judge_objects PUBLIC ZLIB::ZLIB PRIVATE mp4judge_strict_warnings)
 
 foreach(form SHARED STATIC)
   string(TOLOWER ${form} suffix)

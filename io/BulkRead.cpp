@@ -36,9 +36,10 @@ std::size_t ReadHeld(mmStreamReader* reader, unsigned char* dst, long long n) {
   return static_cast<std::size_t>(got);
 }
 
-bool Charge(mmStreamReader* reader, long long bytes, long long memory) {
+/// The product is safe: an account never affords that many bytes.
+bool Charge(mmStreamReader* reader, long long bytes, long long memoryPerByte) {
   ScanControl* scan = reader->Scan();
-  return scan == nullptr || (scan->TakeBytes(bytes) && scan->TakeMemory(memory));
+  return scan == nullptr || (scan->TakeBytes(bytes) && scan->TakeMemory(bytes * memoryPerByte));
 }
 
 }  // namespace
@@ -74,7 +75,7 @@ bool ReadTable(mmStreamReader* reader, long long n, std::size_t entrySize,
   if (n < 0) reader->Skip(n);
   const long long held = std::min(std::max(n, 0LL), Remaining(reader));
   auto buffer = std::unique_ptr<mmBuffer>(new (std::nothrow) mmBuffer);
-  const bool afforded = Charge(reader, held, held * kTableCharge);
+  const bool afforded = Charge(reader, held, kTableCharge);
   const ScanControl* scan = reader->Scan();
   const bool unread = scan != nullptr && scan->tablesUnread;
   const auto room = std::max(unread ? 0 : static_cast<std::size_t>(held), kSmallestTable);
@@ -98,7 +99,7 @@ std::unique_ptr<unsigned char[]> ReadArray(mmStreamReader* reader, long long n, 
   const long long exists = std::min(std::max(n, 0LL), Remaining(reader));
   const auto allocated = static_cast<std::size_t>(exists + 16) & ~std::size_t{15};
   std::unique_ptr<unsigned char[]> bytes;
-  if (Charge(reader, exists, exists)) bytes.reset(new (std::nothrow) unsigned char[allocated]);
+  if (Charge(reader, exists, 1)) bytes.reset(new (std::nothrow) unsigned char[allocated]);
   if (bytes == nullptr) {
     PassAsRead(reader, n);
     return nullptr;

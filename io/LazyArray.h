@@ -2,25 +2,62 @@
 
 #include <cstddef>
 #include <memory>
+#include <new>
+#include <type_traits>
+
+#include "io/Export.h"
 
 namespace mp4 {
 
-/// `bytes` zero bytes that cost resident memory only where they are written; null on failure.
-void* AllocateLazyZeros(std::size_t bytes);
-void FreeLazyZeros(void* block);
+/// Untouched zero bytes from this size on are mapped rather than written: the system's zero pages
+/// serve them.
+constexpr std::size_t kMapZerosFrom = 1024;
 
-/// Releases an array made by MakeLazyArray; its elements need no destructor.
+/// `bytes` zero bytes of address space, without memory until written; null on failure.
+MP4JUDGE_API void* MapZeros(std::size_t bytes);
+MP4JUDGE_API void UnmapZeros(void* block, std::size_t bytes);
+
+/// What `bytes` zeros that nobody writes are charged: themselves while they are small, then a byte
+/// a page for the address space.
+constexpr std::size_t CostOfZeros(std::size_t bytes) {
+  return bytes < kMapZerosFrom ? bytes : bytes / 4096;
+}
+
+/// Releases a LazyArray. An ordinary array may take its place: reset(new T[n]) and assignment from
+/// std::unique_ptr<T[]> both work.
+template <class T>
 struct LazyArrayDeleter {
-  void operator()(void* block) const { FreeLazyZeros(block); }
+  LazyArrayDeleter() = default;
+  explicit LazyArrayDeleter(std::size_t mapped) : mapped(mapped) {}
+  LazyArrayDeleter(std::default_delete<T[]>) {}
+
+  void operator()(T* block) {
+    if (mapped != 0) {
+      UnmapZeros(block, mapped);
+    } else {
+      delete[] block;
+    }
+    mapped = 0;
+  }
+
+  std::size_t mapped = 0;  ///< bytes mapped, 0 for an ordinary array
 };
 
-/// An owned array of zero-filled records.
+/// An owned array of plain records.
 template <class T>
-using LazyArray = std::unique_ptr<T[], LazyArrayDeleter>;
+using LazyArray = std::unique_ptr<T[], LazyArrayDeleter<T>>;
 
+/// `count` zero records, of which the caller means to write the first `written`: the others should
+/// cost no resident memory. Null when there is no memory.
 template <class T>
-LazyArray<T> MakeLazyArray(std::size_t count) {
-  return LazyArray<T>(static_cast<T*>(AllocateLazyZeros(count * sizeof(T))));
+LazyArray<T> MakeLazyArray(std::size_t count, std::size_t written = 0) {
+  static_assert(std::is_trivial_v<T>);
+  if ((count - written) * sizeof(T) < kMapZerosFrom) {
+    return LazyArray<T>(new (std::nothrow) T[count]());
+  }
+  const std::size_t bytes = count * sizeof(T);
+  void* block = MapZeros(bytes);
+  return LazyArray<T>(static_cast<T*>(block), LazyArrayDeleter<T>(block != nullptr ? bytes : 0));
 }
 
 }  // namespace mp4

@@ -12,6 +12,9 @@ constexpr std::int64_t kMiB = 1024 * kKiB;
 /// Smallest file that can hold a first box worth reading; shorter ones are refused.
 constexpr std::int64_t kSmallestFile = 20;
 
+/// Source bytes that the shares below grow with; no disk holds more.
+constexpr std::int64_t kLargestCountedSource = std::int64_t{1} << 56;
+
 /// Box headers read in one opening: one per 8 bytes of the source, plus this many. Parents that
 /// step back over an overrunning child could otherwise parse the same bytes over and over.
 constexpr std::int64_t kSpareHeaders = 512 * 1024;
@@ -36,7 +39,7 @@ constexpr std::int64_t kLargestInflated = 256 * kMiB;
 constexpr std::int64_t kInflateRatio = 1040;
 constexpr std::int64_t kInflateSpare = 64 * kKiB;
 /// All compressed movies of one opening together: what bounds the time spent inflating.
-constexpr std::int64_t kInflatedTotal = 512 * kMiB;
+constexpr std::int64_t kInflatedTotal = 256 * kMiB;
 constexpr std::int64_t kInflatedPerSourceByte = 16;
 /// Compressed movies inside compressed movies.
 constexpr int kDeepestCompressedMovie = 4;

@@ -11,35 +11,54 @@ namespace mp4 {
 /// A reader carries it while a file is being opened, so that every box sees the same account;
 /// readers used outside an opening carry none and are unbounded. A charge that is refused makes
 /// the box that asked for it fail.
+///
+/// An inflated movie is a source of its own, whose control draws on the account of the outer one.
+/// Its bytes widen what may be read of it in proportion, but neither the memory nor the fixed
+/// shares: a few kilobytes that inflate a thousandfold get no more of those.
 class ScanControl {
  public:
   /// `sourceSize` is the size of the source in bytes, taken once when the opening starts.
   explicit ScanControl(std::int64_t sourceSize, ScanControl* outer = nullptr)
       : sourceSize(sourceSize),
-        headers(sourceSize / limits::kBytesPerHeader + limits::kSpareHeaders),
-        bytes(sourceSize * limits::kBytesReadPerSourceByte + limits::kSpareBytesRead),
-        memory(sourceSize * limits::kMemoryPerSourceByte + limits::kSpareMemory),
-        merge(sourceSize * limits::kMergePerSourceByte + limits::kSpareMerge),
-        inflated(sourceSize * limits::kInflatedPerSourceByte + limits::kInflatedTotal),
-        outer(outer) {
-    if (outer != nullptr) tablesUnread = outer->tablesUnread;
+        tablesUnread(outer != nullptr && outer->tablesUnread),
+        account(outer != nullptr ? outer->account : &own) {
+    if (outer == nullptr) {
+      own.memory += Share(limits::kMemoryPerSourceByte);
+      own.merge += Share(limits::kMergePerSourceByte);
+      own.inflated = Share(limits::kInflatedPerSourceByte) + limits::kInflatedTotal;
+    }
+    account->headers += sourceSize / limits::kBytesPerHeader;
+    account->bytes += Share(limits::kBytesReadPerSourceByte);
   }
+  ScanControl(const ScanControl&) = delete;
+  ScanControl& operator=(const ScanControl&) = delete;
 
-  bool TakeHeader() { return Take(&headers, 1); }
-  bool TakeBytes(std::int64_t n) { return Take(&bytes, n); }
-  bool TakeMemory(std::int64_t n) { return Take(&memory, n); }
-  bool TakeMerge(std::int64_t n) { return Take(&merge, n); }
+  bool TakeHeader() { return Take(&account->headers, 1); }
+  bool TakeBytes(std::int64_t n) { return Take(&account->bytes, n); }
+  bool TakeMemory(std::int64_t n) { return Take(&account->memory, n); }
+  bool TakeMerge(std::int64_t n) { return Take(&account->merge, n); }
   /// Inflated bytes are counted for the whole opening, however deep the movie is nested.
-  bool TakeInflated(std::int64_t n) {
-    return outer != nullptr ? outer->TakeInflated(n) : Take(&inflated, n);
-  }
+  bool TakeInflated(std::int64_t n) { return Take(&account->inflated, n); }
 
   /// Size of the source when the opening began.
   const std::int64_t sourceSize;
   /// Sample tables and run entries are passed over as if read, for a caller that only judges.
-  bool tablesUnread = false;
+  bool tablesUnread;
 
  private:
+  struct Account {
+    std::int64_t headers = limits::kSpareHeaders;
+    std::int64_t bytes = limits::kSpareBytesRead;
+    std::int64_t memory = limits::kSpareMemory;
+    std::int64_t merge = limits::kSpareMerge;
+    std::int64_t inflated = 0;
+  };
+
+  /// A multiple of the source; a sparse file of exabytes must not overflow it.
+  std::int64_t Share(std::int64_t perByte) const {
+    return std::min(sourceSize, limits::kLargestCountedSource) * perByte;
+  }
+
   static bool Take(std::int64_t* left, std::int64_t n) {
     if (n > *left) {
       *left = 0;
@@ -49,12 +68,8 @@ class ScanControl {
     return true;
   }
 
-  std::int64_t headers;
-  std::int64_t bytes;
-  std::int64_t memory;
-  std::int64_t merge;
-  std::int64_t inflated;
-  ScanControl* outer;
+  Account own;
+  Account* account;
 };
 
 }  // namespace mp4

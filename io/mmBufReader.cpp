@@ -9,16 +9,17 @@
 #include "io/WrapMath.h"
 
 mmBufReader::mmBufReader(const void* bytes, std::size_t n) {
-  const int length = static_cast<int>(std::min<std::size_t>(n, INT_MAX));
+  const std::size_t length = std::min<std::size_t>(n, INT_MAX);
   if (bytes == nullptr || length == 0) return;
-  data.reset(new (std::nothrow) unsigned char[static_cast<std::size_t>(length)]);
+  data.reset(new (std::nothrow) unsigned char[length]);
   if (data == nullptr) return;
-  std::memcpy(data.get(), bytes, static_cast<std::size_t>(length));
-  capacity = size = length;
+  std::memcpy(data.get(), bytes, length);
+  capacity = size = static_cast<int>(length);
 }
 
-mmBufReader::mmBufReader(std::unique_ptr<unsigned char[]> bytes, int n)
-    : data(std::move(bytes)), capacity(n), size(n) {}
+mmBufReader::mmBufReader(std::unique_ptr<unsigned char[]> bytes, int n) : data(std::move(bytes)) {
+  if (data != nullptr && n > 0) capacity = size = n;
+}
 
 unsigned char mmBufReader::GetByte() {
   const unsigned char byte = pos >= 0 && pos < size ? data[static_cast<std::size_t>(pos)] : 0;

@@ -18,8 +18,8 @@ bool mmBuffer::Allocate(std::size_t bytes) {
 
 bool mmBuffer::MakeRoom(std::size_t more) {
   if (capacity - used >= more) return true;
+  if (more > SIZE_MAX - used) return false;
   const std::size_t wanted = std::max(capacity + capacity / 2, used + more);
-  if (wanted < used) return false;
   std::unique_ptr<unsigned char[]> fresh(new (std::nothrow) unsigned char[wanted]);
   if (fresh == nullptr) return false;
   if (used > 0) std::memcpy(fresh.get(), data.get(), used);

@@ -1,6 +1,6 @@
-#include "tests/Bytes.h"
-
 #include <gtest/gtest.h>
+
+#include "tests/Bytes.h"
 
 TEST(Bytes, BoxSizeCountsItsHeader) {
   const Bytes box = Box("free", Bytes{1, 2, 3});

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+/// What the machine can do: the least any reader of a movie must spend.
+namespace bench {
+
+/// Finds the movie box by walking the top-level headers, reads it whole with pread into `buffer`
+/// and returns the sum of its words.
+std::uint64_t ReadAndSumMovie(const std::string& path, std::vector<unsigned char>* buffer);
+
+/// Walks the top-level headers alone and returns how many there are.
+std::uint64_t CountTopLevelBoxes(const std::string& path);
+
+/// Reads the whole file with fread, 64 KiB at a time, and sums its words: for tables by themselves.
+std::uint64_t FreadAndSum(const std::string& path, std::uint64_t from);
+
+}  // namespace bench

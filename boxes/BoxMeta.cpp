@@ -1,0 +1,24 @@
+#include "boxes/BoxMeta.h"
+
+#include "boxes/BoxReading.h"
+#include "io/FourCC.h"
+
+namespace {
+
+constexpr long long kFullBoxHeader = 4;
+
+}  // namespace
+
+bool BoxMeta::ReadData(mmStreamReader* reader, long long size, Mp4Context* context) {
+  if (reader == nullptr || size < 0) return false;
+  mp4::SkipFullBoxHeader(reader);
+  const auto dispatch = [&](const mp4::ChildHeader& child) {
+    if (child.type != mp4::FourCC("ilst")) return mp4::Child::kUnknown;
+    mp4::ReadReused(&itemListBox, reader, child, context);
+    return mp4::Child::kRead;
+  };
+  const mp4::WalkEnd end =
+      mp4::WalkChildren(reader, size, kFullBoxHeader, mp4::UnknownChild::kSkip, dispatch);
+  reader->Skip(mp4::WrapSub(size, end.consumed));
+  return !end.failed;
+}

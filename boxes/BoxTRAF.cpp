@@ -1,0 +1,22 @@
+#include "boxes/BoxTRAF.h"
+
+#include "boxes/BoxReading.h"
+#include "io/FourCC.h"
+
+bool BoxTRAF::ReadData(mmStreamReader* reader, long long size, Mp4Context* /*context*/) {
+  if (reader == nullptr) return false;
+  const auto dispatch = [&](const mp4::ChildHeader& child) {
+    switch (child.type) {
+      case mp4::FourCC("trun"):
+        return mp4::ReadCollected(&runs, reader, child, nullptr);
+      case mp4::FourCC("tfhd"):
+        return mp4::ReadReused(&header, reader, child, nullptr);
+      default:
+        return mp4::Child::kUnknown;
+    }
+  };
+  const auto end = mp4::WalkChildren(reader, size, 0, mp4::UnknownChild::kEnter, dispatch);
+  if (end.failed) return false;
+  reader->Skip(mp4::WrapSub(size, end.consumed));
+  return true;
+}
