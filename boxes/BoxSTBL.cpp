@@ -65,10 +65,8 @@ void BoxSTBL::CompleteAudioChunks(mmStreamReader* reader, Mp4Context* context) {
   mp4::ScanControl* scan = reader->Scan();
   const auto bytes = static_cast<std::int64_t>(missing * 2 * sizeof(tagSTSC));
   if (scan != nullptr && !scan->TakeMerge(bytes)) return;
-  if (!sampleToChunkBox->ReserveAppends(missing)) return;
-  for (std::size_t i = 0; i < missing; ++i) {
-    sampleToChunkBox->AppendSampleToChunk(last.sampleDescriptionIndex, last.samplesPerChunk);
-  }
+  sampleToChunkBox->AppendSampleToChunks(last.sampleDescriptionIndex, last.samplesPerChunk,
+                                         missing);
 }
 
 void BoxSTBL::Clear() {

@@ -15,7 +15,7 @@ constexpr auto kEntry = static_cast<std::size_t>(mp4::kSampleToChunkEntry);
 constexpr std::int32_t kCountsPackets = -2;
 
 std::uint32_t Divided(std::uint32_t samples, std::int32_t divisor) {
-  return static_cast<std::uint32_t>(mp4::WrapDiv32(static_cast<std::int32_t>(samples), divisor));
+  return static_cast<std::uint32_t>(mp4::DividedCount(samples, divisor));
 }
 
 }  // namespace
@@ -89,29 +89,45 @@ void BoxSTSC::Seek(int sample) {
 
 void BoxSTSC::AppendSampleToChunk(unsigned int sample_description_index,
                                   unsigned int samples_per_chunk) {
-  if (!mp4::EnsureBuffer(&entries, mp4::kAppendCapacity) || !entries->MakeRoom(kEntry)) return;
-  const std::int64_t last = (std::int64_t{entryCount} - 1) * mp4::kSampleToChunkEntry;
-  const tagSTSC entry{entries->Be32At(last) + 1, samples_per_chunk, sample_description_index};
-  if (!PublishAppended(entry)) return;
-  entries->AppendBe32(entry.firstChunk);
-  entries->AppendBe32(entry.samplesPerChunk);
-  entries->AppendBe32(entry.sampleDescriptionIndex);
+  AppendSampleToChunks(sample_description_index, samples_per_chunk, 1);
+}
+
+bool BoxSTSC::AppendSampleToChunks(unsigned int sample_description_index,
+                                   unsigned int samples_per_chunk, std::size_t chunks) {
+  if (!mp4::EnsureBuffer(&entries, mp4::kAppendCapacity)) return false;
+  if (!entries->MakeRoom(chunks * kEntry)) return false;
+  tagSTSC row{0, samples_per_chunk, sample_description_index};
+  if (!MakeRoomToPublish(chunks)) return false;
+  for (; chunks > 0; --chunks) {
+    row.firstChunk = entries->Be32At((std::int64_t{entryCount} - 1) * mp4::kSampleToChunkEntry) + 1;
+    AppendRow(row);
+    if (PublishesEntries()) Publish(row);
+  }
+  return true;
+}
+
+void BoxSTSC::AppendRow(const tagSTSC& row) {
   // A cursor in the last entry has not seen where this one starts, and never will.
   if (cursor.entry >= mp4::WrapSub32(entryCount, 1)) onCommonWalk = false;
   marks.BeforeAppend(entryCount);
+  unsigned char* to = entries->data.get() + entries->used;
+  mp4::StoreBe32(to, row.firstChunk);
+  mp4::StoreBe32(to + 4, row.samplesPerChunk);
+  mp4::StoreBe32(to + 8, row.sampleDescriptionIndex);
+  entries->used += kEntry;
   entryCount = mp4::WrapAdd32(entryCount, 1);
 }
 
-bool BoxSTSC::PublishAppended(tagSTSC entry) {
-  if (!PublishesEntries()) return true;
-  entry.samplesPerChunk = Divided(entry.samplesPerChunk, Divisor());
-  return mp4::WithoutThrowing([&] { track->sampleToChunkTable.push_back(entry); });
-}
-
-bool BoxSTSC::ReserveAppends(std::size_t count) {
-  if (!mp4::EnsureBuffer(&entries, mp4::kAppendCapacity) || !entries->MakeRoom(count * kEntry))
-    return false;
+/// Grows by half like the buffer, so that appends one by one cost the same as many at once.
+bool BoxSTSC::MakeRoomToPublish(std::size_t more) {
   if (!PublishesEntries()) return true;
   auto& table = track->sampleToChunkTable;
-  return mp4::WithoutThrowing([&] { table.reserve(table.size() + count); });
+  if (table.capacity() - table.size() >= more) return true;
+  const std::size_t grown = table.capacity() + table.capacity() / 2;
+  return mp4::WithoutThrowing([&] { table.reserve(std::max(grown, table.size() + more)); });
+}
+
+void BoxSTSC::Publish(tagSTSC row) {
+  row.samplesPerChunk = Divided(row.samplesPerChunk, Divisor());
+  track->sampleToChunkTable.push_back(row);
 }

@@ -40,13 +40,16 @@ class MP4JUDGE_API BoxSTSC : public BoxBase {
   /// Without memory nothing is added.
   void AppendSampleToChunk(unsigned int sample_description_index, unsigned int samples_per_chunk);
 
-  /// Makes room for `count` appends at once; false without memory.
-  bool ReserveAppends(std::size_t count);
+  /// As `chunks` calls of AppendSampleToChunk, in one step; false without memory.
+  bool AppendSampleToChunks(unsigned int sample_description_index, unsigned int samples_per_chunk,
+                            std::size_t chunks);
 
  private:
   void LearnPackets();
   void PublishAll();
-  bool PublishAppended(tagSTSC entry);
+  void AppendRow(const tagSTSC& row);
+  bool MakeRoomToPublish(std::size_t more);
+  void Publish(tagSTSC row);
   bool PublishesEntries() const;
   std::int32_t Divisor() const { return dividesByPacket ? samplesPerPacket : 1; }
   mp4::ChunkWalk Walk() const { return {entries.get(), entryCount, Divisor()}; }

@@ -21,7 +21,7 @@ constexpr std::uint64_t StepsToReach(std::uint32_t distance) {
 ChunkCursor ChunkWalk::Start() const {
   ChunkCursor at;
   at.chunk = Word(0) - 1;
-  at.samplesInChunk = WrapDiv32(static_cast<std::int32_t>(Word(4)), divisor);
+  at.samplesInChunk = DividedCount(Word(4), divisor);
   at.readPos = kSampleToChunkEntry;
   if (!HoldsEntry(at.readPos)) return at;
   at.nextRunChunk = Word(at.readPos) - 1;
@@ -49,7 +49,7 @@ void ChunkWalk::FinishChunk(ChunkCursor* at) const {
 void ChunkWalk::EnterNextEntry(ChunkCursor* at) const {
   if (at->entry >= WrapSub32(count, 1)) return;
   ++at->entry;
-  at->samplesInChunk = WrapDiv32(static_cast<std::int32_t>(Word(at->readPos)), divisor);
+  at->samplesInChunk = DividedCount(Word(at->readPos), divisor);
   at->readPos += 8;
   if (!HoldsEntry(at->readPos)) return;
   at->nextRunChunk = Word(at->readPos) - 1;

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "io/WrapMath.h"
 #include "io/mmBuffer.h"
 
 /// How the samples of a track lie in its chunks, worked out from a sample-to-chunk table.
@@ -11,6 +12,12 @@ namespace mp4 {
 
 /// Bytes of an entry: first chunk, samples per chunk, sample description index.
 constexpr std::int64_t kSampleToChunkEntry = 12;
+
+/// A stored count of samples, as a signed number, divided. Nearly every table divides by 1.
+constexpr std::int32_t DividedCount(std::uint32_t stored, std::int32_t divisor) {
+  const auto samples = static_cast<std::int32_t>(stored);
+  return divisor == 1 ? samples : WrapDiv32(samples, divisor);
+}
 
 /// A place in the walk over the samples. Counted from 0, in 32 bits that wrap.
 struct ChunkCursor {
