@@ -19,6 +19,9 @@ constexpr std::int64_t kLargestCountedSource = std::int64_t{1} << 56;
 /// step back over an overrunning child could otherwise parse the same bytes over and over.
 constexpr std::int64_t kSpareHeaders = 512 * 1024;
 constexpr std::int64_t kBytesPerHeader = 8;
+/// An inflated movie adds one per this many of its bytes: a file of half a megabyte may inflate to
+/// 256 MiB of boxes without payload, and reading each of those would take seconds.
+constexpr std::int64_t kBytesPerInflatedHeader = 256;
 
 /// Bytes read in bulk in one opening: this multiple of the source, plus a fixed share.
 constexpr std::int64_t kBytesReadPerSourceByte = 4;
