@@ -15,8 +15,9 @@ constexpr std::int64_t kSmallestFile = 20;
 /// Source bytes that the shares below grow with; no disk holds more.
 constexpr std::int64_t kLargestCountedSource = std::int64_t{1} << 56;
 
-/// Box headers read in one opening: one per 8 bytes of the source, plus this many. Parents that
-/// step back over an overrunning child could otherwise parse the same bytes over and over.
+/// Box headers read in one opening, and steps of searches for a box: one per 8 bytes of the source,
+/// plus this many. Parents that step back over an overrunning child could otherwise parse the same
+/// bytes over and over.
 constexpr std::int64_t kSpareHeaders = 512 * 1024;
 constexpr std::int64_t kBytesPerHeader = 8;
 /// An inflated movie adds one per this many of its bytes: a file of half a megabyte may inflate to

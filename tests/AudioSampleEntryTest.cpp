@@ -412,7 +412,8 @@ TEST(AudioSampleEntry, FailsWhenTheAccountRefusesTheSearch) {
   const Bytes bytes = AudioFields("mp4a", 2, 16, 44100).Fill(40, 7);
   mmBufReader reader(bytes.data(), bytes.size());
   mp4::ScanControl scan(static_cast<std::int64_t>(bytes.size()));
-  scan.TakeBytes(INT64_MAX);
+  while (scan.TakeHeader()) {
+  }
   reader.AttachScan(&scan);
   BoxSTSD::AudioSampleEntry entry;
   EXPECT_FALSE(entry.ReadData(&reader, 72, &one.context));
