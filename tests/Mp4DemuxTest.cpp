@@ -134,6 +134,24 @@ TEST(Mp4Demux, FailingSecondMovieBoxFailsTheFile) {
   EXPECT_FALSE(Opens(Ftyp("isom") + Moov({Track{}}) + Box("moov", Mvhd())));
 }
 
+TEST(Mp4Demux, FirstBoxHasNo64BitSize) {
+  // Size 1 is a payload of -7 to the file type box. A movie's first box is read again by the scan,
+  // which knows the large form.
+  const Bytes ftyp = SizedBox(1, "ftyp", Bytes().Be64(28).Text("isom").Be32(0).Text("isom"));
+  EXPECT_FALSE(Opens(ftyp + Moov({Track{}})));
+  const Bytes mdat = SizedBox(1, "mdat", Bytes().Be64(16 + 40).Fill(40));
+  EXPECT_TRUE(Opens(mdat + Moov({Track{}})));
+}
+
+TEST(Mp4Demux, ReaderIsNeverPutAtTheCountedPosition) {
+  // The movie's last child claims 8 bytes more than the movie has, and the movie does not step
+  // back: the bad fragment right behind it is never seen.
+  const Bytes movie = Moov({Track{}}, SizedBox(16, "free"));
+  const Bytes bad = SizedBox(4, "moof");
+  EXPECT_TRUE(Opens(Ftyp("isom") + movie + bad + Box("free", Bytes().Fill(8))));
+  EXPECT_FALSE(Opens(Ftyp("isom") + Moov({Track{}}) + bad + Box("free", Bytes().Fill(8))));
+}
+
 // The reader moves exactly over a large media data box, while the counted position runs 8 bytes
 // ahead: a movie box right behind is found, a last box of 8 bytes is not.
 TEST(Mp4Demux, LargeMediaDataIsPassedExactly) {
