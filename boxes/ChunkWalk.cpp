@@ -116,10 +116,6 @@ ChunkCursor ChunkMarks::AtMark(const ChunkWalk& walk, std::size_t index) const {
   return walk.Entering(entry, marks[index].sample, marks[index].chunk);
 }
 
-void ChunkMarks::BeforeAppend(std::int32_t count) {
-  if (marker.entry >= WrapSub32(count, 1)) started = false;
-}
-
 void ChunkMarks::Forget() {
   marks.clear();
   started = false;

@@ -214,6 +214,7 @@ TEST(BoxSTBL, AudioCompletionHandsOnDividedCountsAsTheyAre) {
   OneTrack sound(kSound);
   sound.Packetised(4);
   Stbl tables;
+  tables.stsd = Bytes();  // would describe the packets anew
   tables.stsc = Box("stsc", StscPayload({{1, 64, 1}}));
   tables.stco = Box("stco", StcoPayload({10, 20, 30}));
   BoxSTBL box;
