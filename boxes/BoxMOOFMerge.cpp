@@ -109,8 +109,11 @@ std::int64_t RunMerge::SizeCost() const {
 }
 
 std::int64_t RunMerge::TimeCost() const {
-  const bool read = Has(BoxTRUN::kSampleDuration) && tables->timeToSampleBox != nullptr;
-  return read ? kTimeCost * held : 0;
+  const BoxSTTS* times = tables->timeToSampleBox.get();
+  if (times == nullptr) return 0;
+  if (Has(BoxTRUN::kSampleDuration)) return kTimeCost * held;
+  // Equal durations share a row, unless the last row's count is hostile.
+  return kTimeCost * times->MostRowsFor(values.duration, run.sample_count);
 }
 
 std::int64_t RunMerge::SyncCost() const {
