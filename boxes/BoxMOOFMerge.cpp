@@ -112,8 +112,8 @@ std::int64_t RunMerge::TimeCost() const {
   const BoxSTTS* times = tables->timeToSampleBox.get();
   if (times == nullptr) return 0;
   if (Has(BoxTRUN::kSampleDuration)) return kTimeCost * held;
-  // Equal durations share a row, unless the last row's count is hostile.
-  return kTimeCost * times->MostRowsFor(values.duration, run.sample_count);
+  // Equal durations share one row, which the run pays for, unless the last row's count is hostile.
+  return kTimeCost * std::max(0LL, times->MostRowsFor(values.duration, run.sample_count) - 1);
 }
 
 std::int64_t RunMerge::SyncCost() const {

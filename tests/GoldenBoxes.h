@@ -65,7 +65,13 @@ inline Bytes ItemList() {
 inline Bytes Meta() { return Box("meta", Bytes().Be32(0) + fixture::Hdlr("mdir") + ItemList()); }
 
 inline Bytes UserData() {
-  return Box("udta", TextItem("\xA9\x41RT", "Artist") + TextItem("\xA9\x64ay", "2026") + Meta());
+  return Box("udta", TextItem("\xA9"
+                              "ART",
+                              "Artist") +
+                         TextItem("\xA9"
+                                  "day",
+                                  "2026") +
+                         Meta());
 }
 
 inline fixture::Track Song(const std::string& format) {

@@ -22,7 +22,7 @@ TEST(ScanControl, AllowancesGrowWithTheSource) {
   EXPECT_FALSE(scan.TakeMemory(1));
   EXPECT_TRUE(scan.TakeMerge(6000 + 64 * kMiB));
   EXPECT_FALSE(scan.TakeMerge(1));
-  EXPECT_TRUE(scan.TakeInflated(16000 + 512 * kMiB));
+  EXPECT_TRUE(scan.TakeInflated(16000 + 256 * kMiB));
   EXPECT_FALSE(scan.TakeInflated(1));
 }
 
@@ -38,7 +38,7 @@ TEST(ScanControl, InnerSourceInflatesOnTheOuterAccount) {
   mp4::ScanControl outer(0);
   mp4::ScanControl inner(1000, &outer);
   mp4::ScanControl innermost(1000, &inner);
-  EXPECT_TRUE(innermost.TakeInflated(512 * kMiB));
+  EXPECT_TRUE(innermost.TakeInflated(256 * kMiB));
   EXPECT_FALSE(inner.TakeInflated(1));
   EXPECT_FALSE(outer.TakeInflated(1));
   EXPECT_TRUE(inner.TakeBytes(1));
