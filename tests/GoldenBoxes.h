@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,9 @@ struct Sample {
   std::string handler = "soun";  ///< of the current track while the box is read
   std::string format;            ///< of the current track while the box is read
 };
+
+/// What a test report shows of a sample.
+inline void PrintTo(const Sample& sample, std::ostream* out) { *out << sample.name; }
 
 template <class Box>
 std::unique_ptr<BoxBase> Make() {
