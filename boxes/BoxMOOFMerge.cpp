@@ -109,8 +109,11 @@ std::int64_t RunMerge::SizeCost() const {
 }
 
 std::int64_t RunMerge::TimeCost() const {
-  const bool read = Has(BoxTRUN::kSampleDuration) && tables->timeToSampleBox != nullptr;
-  return read ? kTimeCost * held : 0;
+  const BoxSTTS* times = tables->timeToSampleBox.get();
+  if (times == nullptr) return 0;
+  if (Has(BoxTRUN::kSampleDuration)) return kTimeCost * held;
+  // Equal durations share one row, which the run pays for, unless the last row's count is hostile.
+  return kTimeCost * std::max(0LL, times->MostRowsFor(values.duration, run.sample_count) - 1);
 }
 
 std::int64_t RunMerge::SyncCost() const {

@@ -76,7 +76,7 @@ void ChunkWalk::PassChunks(ChunkCursor* at, std::uint32_t* steps) const {
   const std::uint64_t samples = StepsToReach(static_cast<std::uint32_t>(at->samplesInChunk));
   if (*steps < samples) return;
   const std::uint64_t toNextEntry = StepsToReach(at->nextRunChunk - at->chunk);
-  const bool reaches = toNextEntry <= *steps && toNextEntry * samples <= *steps;
+  const bool reaches = toNextEntry * samples <= *steps;
   const auto chunks = static_cast<std::uint32_t>(reaches ? toNextEntry : *steps / samples);
   const std::uint32_t passed = chunks * static_cast<std::uint32_t>(samples);
   at->chunk += chunks;
@@ -114,10 +114,6 @@ void ChunkMarks::SetUpTo(const ChunkWalk& walk, std::uint32_t target) {
 ChunkCursor ChunkMarks::AtMark(const ChunkWalk& walk, std::size_t index) const {
   const auto entry = static_cast<std::int32_t>(index + 1) * kMarkEvery;
   return walk.Entering(entry, marks[index].sample, marks[index].chunk);
-}
-
-void ChunkMarks::BeforeAppend(std::int32_t count) {
-  if (marker.entry >= WrapSub32(count, 1)) started = false;
 }
 
 void ChunkMarks::Forget() {

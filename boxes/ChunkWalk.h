@@ -68,7 +68,9 @@ class ChunkMarks {
   /// than 32 entries away, unless memory is short.
   void Approach(const ChunkWalk& walk, std::uint32_t target, ChunkCursor* cursor);
   /// To be called before an entry is added to `count` entries.
-  void BeforeAppend(std::int32_t count);
+  void BeforeAppend(std::int32_t count) {
+    if (marker.entry >= WrapSub32(count, 1)) started = false;
+  }
   void Forget();
 
  private:

@@ -29,7 +29,7 @@ extern MP4JUDGE_API const unsigned char firstByteMark[7];
 ///
 /// A sequence of several bytes must end before the last byte of the range, or the source counts as
 /// exhausted: callers hand over the terminating zero with the text. Linear in the bytes converted.
-/// A null pointer counts as an empty range of its kind; a null source is `sourceIllegal`.
+/// A null source is `sourceIllegal`; a null target has no room.
 MP4JUDGE_API ConversionResult ConvertUTF8toUTF32(const unsigned char* sourceStart,
                                                  const unsigned char* sourceEnd,
                                                  unsigned int* targetStart, unsigned int* targetEnd,

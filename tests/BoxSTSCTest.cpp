@@ -242,6 +242,38 @@ TEST(BoxSTSC, SizeBeyondTheFileKeepsWhatExists) {
   EXPECT_EQ(reader.GetPos(), 32);
 }
 
+TEST(BoxSTSC, SecondReadForgetsWhatSeeksFoundInTheFirst) {
+  std::vector<tagSTSC> ones, twos;
+  for (unsigned i = 1; i <= 200; ++i) {
+    ones.push_back({i, 1, 1});
+    twos.push_back({i, 2, 1});
+  }
+  BoxSTSC box;
+  ASSERT_TRUE(ReadFrom(&box, StscPayload(ones)));
+  box.ReadyToDemux();
+  box.Seek(190);
+  EXPECT_EQ(PlaceOf(&box), Place(190, 190, 190));
+  ASSERT_TRUE(ReadFrom(&box, StscPayload(twos)));
+  box.ReadyToDemux();
+  box.Seek(190);
+  EXPECT_EQ(PlaceOf(&box), Place(190, 95, 190));
+}
+
+/// The cursor is left alone, but reading goes back to the start of the bytes: the next run, met at
+/// chunk 0, takes the first word there for its count.
+TEST(BoxSTSC, SecondReadUnderACursorReadsOnFromTheStart) {
+  BoxSTSC box;
+  ASSERT_TRUE(ReadFrom(&box, StscPayload({{0, 2, 1}})));
+  box.ReadyToDemux();
+  ASSERT_TRUE(ReadFrom(&box, StscPayload({{3, 5, 1}, {9, 9, 1}})));
+  std::vector<unsigned> chunks;
+  for (int i = 0; i < 6; ++i) {
+    chunks.push_back(box.GetCurChunkIndex());
+    box.NextSample();
+  }
+  EXPECT_EQ(chunks, (Chunks{0xFFFFFFFF, 0xFFFFFFFF, 0, 0, 0, 1}));
+}
+
 TEST(BoxSTSC, PublishesTheEntriesOfAudio) {
   OneTrack sound(kSound);
   sound.track->sampleToChunkTable.push_back({9, 9, 9});

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,9 @@ struct Sample {
   std::string handler = "soun";  ///< of the current track while the box is read
   std::string format;            ///< of the current track while the box is read
 };
+
+/// What a test report shows of a sample.
+inline void PrintTo(const Sample& sample, std::ostream* out) { *out << sample.name; }
 
 template <class Box>
 std::unique_ptr<BoxBase> Make() {
@@ -65,7 +69,13 @@ inline Bytes ItemList() {
 inline Bytes Meta() { return Box("meta", Bytes().Be32(0) + fixture::Hdlr("mdir") + ItemList()); }
 
 inline Bytes UserData() {
-  return Box("udta", TextItem("\xA9\x41RT", "Artist") + TextItem("\xA9\x64ay", "2026") + Meta());
+  return Box("udta", TextItem("\xA9"
+                              "ART",
+                              "Artist") +
+                         TextItem("\xA9"
+                                  "day",
+                                  "2026") +
+                         Meta());
 }
 
 inline fixture::Track Song(const std::string& format) {
