@@ -75,6 +75,6 @@ bool BoxCMOV::Inflate(mmStreamReader* reader, std::uint32_t length, std::uint32_
   *consumed += length;
   auto plain = packed != nullptr ? Uncompress(packed.get(), held, announced) : nullptr;
   if (plain == nullptr) return false;
-  movieStream.reset(new (std::nothrow) mmBufReader(std::move(plain), static_cast<int>(announced)));
+  movieStream.reset(new (std::nothrow) mmBufReader(std::move(plain), announced));
   return movieStream != nullptr;
 }
