@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <new>
 #include <type_traits>
@@ -52,6 +53,7 @@ using LazyArray = std::unique_ptr<T[], LazyArrayDeleter<T>>;
 template <class T>
 LazyArray<T> MakeLazyArray(std::size_t count, std::size_t written = 0) {
   static_assert(std::is_trivial_v<T>);
+  if (count > SIZE_MAX / sizeof(T)) return nullptr;
   if ((count - written) * sizeof(T) < kMapZerosFrom) {
     return LazyArray<T>(new (std::nothrow) T[count]());
   }

@@ -47,6 +47,11 @@ TEST(LazyArray, FailsWhereThereIsNoAddressSpace) {
   EXPECT_EQ(mp4::MakeLazyArray<unsigned char>(std::size_t{1} << 60), nullptr);
 }
 
+TEST(LazyArray, FailsWhereTheBytesCannotBeCounted) {
+  EXPECT_EQ(mp4::MakeLazyArray<std::uint32_t>(SIZE_MAX), nullptr);
+  EXPECT_EQ(mp4::MakeLazyArray<std::uint32_t>(SIZE_MAX / 4 + 1000), nullptr);
+}
+
 TEST(LazyArray, CostOfZeros) {
   EXPECT_EQ(mp4::CostOfZeros(0), 0u);
   EXPECT_EQ(mp4::CostOfZeros(1023), 1023u);
