@@ -1,4 +1,8 @@
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <string>
 
 #include "demux/Mp4Demux.h"
 #include "io/FourCC.h"
@@ -190,6 +194,23 @@ TEST(Mp4Demux, PositionPastTheLargestEndsTheScan) {
   const Bytes head = Ftyp("isom") + Moov({Track{}});
   const Bytes huge = SizedBox(1, "free", Bytes().Be64(0x7FFFFFFFFFFFFFFFu));
   EXPECT_TRUE(Opens(head + huge + Bytes().Fill(32)));
+}
+
+TEST(Mp4Demux, BoxHeaderAtTheLargestPositionIsRead) {
+  // A file of the largest size there is, nearly all of it a hole, whose last box starts 4 bytes
+  // before its end: the end of that header is past the largest position.
+  constexpr long long kLargest = 0x7FFFFFFFFFFFFFFF;
+  const Bytes head = Ftyp("isom") + Moov({Track{}});
+  const auto begin = static_cast<long long>(head.size());
+  const auto size = static_cast<std::uint64_t>(kLargest - 4 - begin - 8);
+  const Bytes bytes = head + SizedBox(1, "free", Bytes().Be64(size));
+  const int file = memfd_create("largest", 0);
+  ASSERT_EQ(ftruncate(file, kLargest), 0);
+  ASSERT_EQ(pwrite(file, bytes.data(), bytes.size(), 0), static_cast<ssize_t>(bytes.size()));
+  Mp4Demux demux;
+  EXPECT_TRUE(demux.Init((L"/proc/self/fd/" + std::to_wstring(file)).c_str()));
+  EXPECT_EQ(demux.reader->GetPos(), kLargest - 4 - 4);
+  close(file);
 }
 
 TEST(Mp4Demux, FragmentIsMergedAndKept) {
