@@ -25,10 +25,7 @@ bool BoxMVEX::ReadData(mmStreamReader* reader, long long size, Mp4Context* /*con
         return mp4::Child::kUnknown;
     }
   };
-  const auto end = mp4::WalkChildren(reader, size, 0, mp4::UnknownChild::kEnter, dispatch);
-  if (end.failed) return false;
-  reader->Skip(mp4::WrapSub(size, end.consumed));
-  return true;
+  return mp4::ReadEnteredContainer(reader, size, dispatch);
 }
 
 BoxTREX* BoxMVEX::FindTrackExtends(std::uint32_t track_ID) {
