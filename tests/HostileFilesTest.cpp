@@ -183,7 +183,8 @@ class ShrinkingReader : public Mp4StreamReader {
 
  private:
   void Count() {
-    if (left-- == 0) EXPECT_EQ(truncate(path.c_str(), size), 0);
+    if (left-- != 0) return;
+    EXPECT_EQ(truncate(path.c_str(), size), 0);
   }
 
   std::string path;
