@@ -150,6 +150,7 @@ bool Mp4Demux::ReadMovie(long long payload) {
 }
 
 bool Mp4Demux::ReadFragment(long long payload) {
+  if (!reader->Scan()->TakeMemory(mp4::kCollectedBoxMemory)) return false;
   auto fragment = std::make_unique<BoxMOOF>();
   if (!fragment->ReadData(reader.get(), payload, nullptr)) return false;
   if (reader->Scan()->tablesUnread) return true;

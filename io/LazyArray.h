@@ -18,6 +18,9 @@ constexpr std::size_t kMapZerosFrom = 1024;
 MP4JUDGE_API void* MapZeros(std::size_t bytes);
 MP4JUDGE_API void UnmapZeros(void* block, std::size_t bytes);
 
+/// Bytes of the pages that writing the first `bytes` of a mapped block takes.
+constexpr std::size_t WholePages(std::size_t bytes) { return (bytes + 4095) / 4096 * 4096; }
+
 /// What `bytes` zeros that nobody writes are charged: themselves while they are small, then a byte
 /// a page for the address space.
 constexpr std::size_t CostOfZeros(std::size_t bytes) {

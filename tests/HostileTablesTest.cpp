@@ -170,6 +170,42 @@ TEST(HostileRuns, ManySmallFragmentsOfMillions) {
   EXPECT_TRUE(Opens(file));
 }
 
+// Reading stops at the end of the file, so the run steps back to its own start and is read over and
+// over. Each time its one entry takes a page of memory, shared with 64 entries that are not there.
+TEST(HostileRuns, RunThatReadsItself) {
+  constexpr std::uint32_t kRounds = 256 * 400000;
+  const Bytes run = SizedBox(256, "trun", Bytes().Be32(0x100).Be32(65).Be32(1));
+  const Bytes moof = SizedBox(kRounds + 16, "moof", SizedBox(kRounds + 8, "traf", run));
+  EXPECT_FALSE(Opens(fixture::Ftyp("isom") + golden::Movie() + moof));
+}
+
+// Both tracks publish into the first record, and each has to write its rows anew.
+TEST(HostileRuns, TwoTracksThatShareARecord) {
+  fixture::Track song = Song("mp4a");
+  song.id = 1;
+  song.offsets = std::vector<std::uint32_t>(100000, 9);
+  const Bytes first = fixture::Trak(song);
+  const Bytes second = Box("trak", fixture::Tkhd(1) + fixture::Mdia(song) + fixture::Tkhd(2));
+  Bytes turns;
+  for (int i = 0; i < 20000; ++i) {
+    const Bytes run = FullBox("trun", 0, 0, Bytes().Be32(1));
+    turns.Append(Box("traf", golden::Tfhd(1 + static_cast<unsigned>(i) % 2) + run));
+  }
+  const Bytes movie = Box("moov", fixture::Mvhd() + first + second + golden::Mvex());
+  const Bytes file = fixture::Ftyp("isom") + movie + Box("moof", turns);
+  EXPECT_TRUE(Opens(file));
+  OpenedMovie opened(file);
+  EXPECT_LT(opened.track(0)->chunkOffsetTable.size(), 102000u);
+}
+
+// Setting zlib up takes longer than inflating a few bytes: each movie is charged for it.
+TEST(HostileCompression, MoviesOfAFewBytes) {
+  Bytes movies;
+  const Bytes small = fixture::Cmov(SizedBox(8, "moof") + Bytes().Fill(60));
+  for (int i = 0; i < 5000; ++i) movies.Append(small);
+  EXPECT_FALSE(Opens(Box("moov", fixture::Cmov(fixture::Moov({Film()}, movies)) + movies)));
+}
+
 TEST(HostileChunks, FirstChunkZeroOrTwoToThe31) {
   for (const std::uint32_t first : {0u, 0x80000000u, 0x7FFFFFFFu, kAll}) {
     fixture::Track film = Film();
