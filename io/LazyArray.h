@@ -21,10 +21,13 @@ MP4JUDGE_API void UnmapZeros(void* block, std::size_t bytes);
 /// Bytes of the pages that writing the first `bytes` of a mapped block takes.
 constexpr std::size_t WholePages(std::size_t bytes) { return (bytes + 4095) / 4096 * 4096; }
 
-/// What `bytes` zeros that nobody writes are charged: themselves while they are small, then a byte
-/// a page for the address space.
+/// What a mapping of its own is charged: what making and releasing it costs in time.
+constexpr std::size_t kCostOfMapping = 1024;
+
+/// What `bytes` zeros that nobody writes are charged: themselves while they are small, then the
+/// mapping and a byte a page for the address space.
 constexpr std::size_t CostOfZeros(std::size_t bytes) {
-  return bytes < kMapZerosFrom ? bytes : bytes / 4096;
+  return bytes < kMapZerosFrom ? bytes : kCostOfMapping + bytes / 4096;
 }
 
 /// Releases a LazyArray. An ordinary array may take its place: reset(new T[n]) and assignment from

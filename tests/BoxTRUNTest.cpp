@@ -252,10 +252,20 @@ TEST(BoxTRUN, FewEntriesWithoutBytesAreChargedToo) {
   }
 }
 
-TEST(BoxTRUN, ManyEntriesWithoutBytesAreChargedAByteAPage) {
+TEST(BoxTRUN, ManyEntriesWithoutBytesAreChargedAMappingAndAByteAPage) {
+  constexpr std::int64_t kCost = 1024 + (1 << 18);
   for (const bool unread : {false, true}) {
-    EXPECT_TRUE(JudgedRun(fixture::Trun(0, 1u << 26), unread, 1 << 18).trun->ok);
-    EXPECT_FALSE(JudgedRun(fixture::Trun(0, 1u << 26), unread, (1 << 18) - 1).trun->ok);
+    EXPECT_TRUE(JudgedRun(fixture::Trun(0, 1u << 26), unread, kCost).trun->ok);
+    EXPECT_FALSE(JudgedRun(fixture::Trun(0, 1u << 26), unread, kCost - 1).trun->ok);
+  }
+}
+
+// The one entry that exists takes a whole page of the mapping.
+TEST(BoxTRUN, EntriesInFrontOfManyWithoutBytesAreChargedInPages) {
+  const Bytes box = fixture::Trun(0x000200, 65, {1});
+  for (const bool unread : {false, true}) {
+    EXPECT_TRUE(JudgedRun(box, unread, 4096 + 1024).trun->ok);
+    EXPECT_FALSE(JudgedRun(box, unread, 4096 + 1023).trun->ok);
   }
 }
 

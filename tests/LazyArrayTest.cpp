@@ -55,8 +55,15 @@ TEST(LazyArray, FailsWhereTheBytesCannotBeCounted) {
 TEST(LazyArray, CostOfZeros) {
   EXPECT_EQ(mp4::CostOfZeros(0), 0u);
   EXPECT_EQ(mp4::CostOfZeros(1023), 1023u);
-  EXPECT_EQ(mp4::CostOfZeros(1024), 0u);
-  EXPECT_EQ(mp4::CostOfZeros(std::size_t{1} << 30), std::size_t{1} << 18);
+  EXPECT_EQ(mp4::CostOfZeros(1024), 1024u);
+  EXPECT_EQ(mp4::CostOfZeros(std::size_t{1} << 30), (std::size_t{1} << 18) + 1024);
+}
+
+TEST(LazyArray, WholePages) {
+  EXPECT_EQ(mp4::WholePages(0), 0u);
+  EXPECT_EQ(mp4::WholePages(1), 4096u);
+  EXPECT_EQ(mp4::WholePages(4096), 4096u);
+  EXPECT_EQ(mp4::WholePages(4097), 8192u);
 }
 
 }  // namespace
