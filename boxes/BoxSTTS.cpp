@@ -5,6 +5,7 @@
 
 #include "boxes/TableBody.h"
 #include "io/FourCC.h"
+#include "io/LazyArray.h"
 #include "io/WrapMath.h"
 
 bool BoxSTTS::ReadData(mmStreamReader* reader, long long size, Mp4Context* context) {
@@ -84,7 +85,7 @@ void BoxSTTS::OptimizeAudio() {
 void BoxSTTS::PublishEntries() {
   std::vector<tagSTTS>& table = track->timeToSampleTable;
   const bool mine = track->timeToSampleOwner == this && table.size() == published;
-  std::size_t i = mine && published > 0 ? published - 1 : 0;
+  const std::size_t first = mine && published > 0 ? published - 1 : 0;
   track->timeToSampleOwner = this;
   published = 0;
   if (hasConstantDuration) {
@@ -92,10 +93,11 @@ void BoxSTTS::PublishEntries() {
                      static_cast<std::uint32_t>(constantDuration)});
     return;
   }
-  table.resize(static_cast<std::size_t>(std::max(entryCount, 0)));
-  for (; i < table.size(); ++i) {
-    const unsigned char* row = entries->data.get() + i * kRowBytes;
-    table[i] = {mp4::LoadBe32(row), mp4::LoadBe32(row + 4)};
-  }
+  const unsigned char* rows = entries->data.get();
+  mp4::FillFrom(&table, first, static_cast<std::size_t>(std::max(entryCount, 0)),
+                [rows](std::size_t i) {
+                  const unsigned char* row = rows + i * kRowBytes;
+                  return tagSTTS{mp4::LoadBe32(row), mp4::LoadBe32(row + 4)};
+                });
   published = table.size();
 }

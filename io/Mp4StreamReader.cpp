@@ -15,8 +15,9 @@
 namespace {
 
 /// After a jump a small step is read, since the next jump is often near; forward reading doubles
-/// it.
+/// it, over gaps shorter than a step too, but then less far: what lies in gaps is not wanted.
 constexpr std::size_t kSmallestStep = 1024;
+constexpr std::size_t kLargestStepOverGaps = 4096;
 constexpr std::size_t kLargestStep = 16384;
 
 bool IsRandomAccess(int file) {
@@ -57,6 +58,14 @@ std::size_t Mp4StreamReader::ReadAt(long long offset, void* dst, std::size_t n) 
   return got;
 }
 
+std::size_t Mp4StreamReader::NextStep() const {
+  const long long gap = pos - windowStart - static_cast<long long>(windowLength);
+  const auto step = static_cast<long long>(windowStep);
+  if (windowLength == 0 || gap < 0 || gap >= step) return kSmallestStep;
+  if (gap == 0) return std::min(windowStep * 2, kLargestStep);
+  return std::max(windowStep, std::min(windowStep * 2, kLargestStepOverGaps));
+}
+
 /// Loads the window at the current position; false when there is nothing to read.
 bool Mp4StreamReader::Fill() {
   if (file < 0) return false;
@@ -64,9 +73,7 @@ bool Mp4StreamReader::Fill() {
     window.reset(new (std::nothrow) unsigned char[kLargestStep]);
     if (window == nullptr) return false;
   }
-  const bool forward =
-      windowLength > 0 && pos == windowStart + static_cast<long long>(windowLength);
-  windowStep = forward ? std::min(windowStep * 2, kLargestStep) : kSmallestStep;
+  windowStep = NextStep();
   windowStart = pos;
   windowLength = ReadAt(pos, window.get(), windowStep);
   return windowLength > 0;
