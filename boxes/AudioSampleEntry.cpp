@@ -57,7 +57,7 @@ bool SearchForward(mmStreamReader* reader, long long size, FirstChild* child) {
       child->position += passed;
       break;
     }
-    if (!mp4::TakeBytes(reader, 4)) return false;
+    if (!mp4::TakeStep(reader)) return false;
     child->size = child->type;
     child->type = reader->GetLe32();
     child->position += 4;

@@ -69,12 +69,12 @@ bool BoxCMOV::Inflate(mmStreamReader* reader, std::uint32_t length, std::uint32_
                       long long* consumed) {
   if (!IsJustified(announced, std::min<long long>(length, mp4::Remaining(reader)))) return false;
   mp4::ScanControl* scan = reader->Scan();
-  if (scan != nullptr && !scan->TakeInflated(announced)) return false;
+  if (scan != nullptr && !scan->TakeInflated(announced + mp4::limits::kInflateSetUp)) return false;
   std::size_t held = 0;
   const auto packed = mp4::ReadArray(reader, length, &held);
   *consumed += length;
   auto plain = packed != nullptr ? Uncompress(packed.get(), held, announced) : nullptr;
   if (plain == nullptr) return false;
-  movieStream.reset(new (std::nothrow) mmBufReader(std::move(plain), static_cast<int>(announced)));
+  movieStream.reset(new (std::nothrow) mmBufReader(std::move(plain), announced));
   return movieStream != nullptr;
 }

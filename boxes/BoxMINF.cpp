@@ -27,9 +27,7 @@ bool BoxMINF::ReadData(mmStreamReader* reader, long long size, Mp4Context* conte
         return mp4::Child::kUnknown;
     }
   };
-  const mp4::WalkEnd end = mp4::WalkChildren(reader, size, 0, mp4::UnknownChild::kSkip, dispatch);
-  reader->Skip(mp4::WrapSub(size, end.consumed));
-  return !end.failed && sampleTableBox != nullptr;
+  return mp4::ReadContainer(reader, size, 0, dispatch) && sampleTableBox != nullptr;
 }
 
 void BoxMINF::Clear() {

@@ -15,8 +15,5 @@ bool BoxMOOF::ReadData(mmStreamReader* reader, long long size, Mp4Context* /*con
         return mp4::Child::kUnknown;
     }
   };
-  const auto end = mp4::WalkChildren(reader, size, 0, mp4::UnknownChild::kEnter, dispatch);
-  if (end.failed) return false;
-  reader->Skip(mp4::WrapSub(size, end.consumed));
-  return true;
+  return mp4::ReadEnteredContainer(reader, size, dispatch);
 }

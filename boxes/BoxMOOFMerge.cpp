@@ -17,7 +17,8 @@ constexpr std::int64_t kRunCost = 64;
 constexpr std::int64_t kSizeCost = 16;
 constexpr std::int64_t kTimeCost = 16;
 constexpr std::int64_t kSyncCost = 4;
-/// On top of it, for each step of a loop over samples without an entry in the file.
+/// On top of it, for each step of a loop over what the run brings no bytes for: samples without an
+/// entry in the file, and rows that are published over again.
 constexpr std::int64_t kStepCost = 8;
 
 /// The values that hold for all runs of a track fragment.
@@ -61,7 +62,9 @@ class RunMerge {
     absent = run.sample_count - held;
   }
 
-  std::int64_t Cost() const { return kRunCost + SizeCost() + TimeCost() + SyncCost(); }
+  std::int64_t Cost() const {
+    return kRunCost + SizeCost() + TimeCost() + SyncCost() + RefillCost();
+  }
 
   /// `bytesBefore` is the size of the fragment's earlier runs; this run's is added to it.
   void Append(std::uint32_t* bytesBefore) {
@@ -75,6 +78,7 @@ class RunMerge {
   std::int64_t SizeCost() const;
   std::int64_t TimeCost() const;
   std::int64_t SyncCost() const;
+  std::int64_t RefillCost() const;
   void AppendChunk(std::uint32_t bytesBefore);
   void AppendSizes(std::uint32_t* bytes);
   void AppendOwnSizes(BoxSTSZ* sizes, std::uint32_t* bytes);
@@ -113,9 +117,11 @@ std::int64_t RunMerge::SizeCost() const {
 std::int64_t RunMerge::TimeCost() const {
   const BoxSTTS* times = tables->timeToSampleBox.get();
   if (times == nullptr) return 0;
-  if (Has(BoxTRUN::kSampleDuration)) return kTimeCost * held;
-  // Equal durations share one row, which the run pays for, unless the last row's count is hostile.
-  return kTimeCost * std::max(0LL, times->MostRowsFor(values.duration, run.sample_count) - 1);
+  const bool read = Has(BoxTRUN::kSampleDuration);
+  // Equal durations share one row, which the run pays for, unless the table's count is hostile.
+  const long long shared =
+      read ? times->MostRowsFor(0, absent) : times->MostRowsFor(values.duration, run.sample_count);
+  return kTimeCost * ((read ? held : 0) + std::max(0LL, shared - 1));
 }
 
 std::int64_t RunMerge::SyncCost() const {
@@ -124,6 +130,15 @@ std::int64_t RunMerge::SyncCost() const {
     return Has(BoxTRUN::kFirstSampleFlags) ? kSyncCost : 0;
   }
   return kSyncCost * run.sample_count + kStepCost * absent;
+}
+
+/// Nothing, unless two tracks of a hostile file take turns in filling one track record.
+std::int64_t RunMerge::RefillCost() const {
+  const BoxSTTS* times = tables->timeToSampleBox.get();
+  const BoxSTCO* offsets = tables->chunkOffsetBox.get();
+  const std::int64_t rows = (times != nullptr ? times->RowsToRefill() : 0) +
+                            (offsets != nullptr ? offsets->RowsToRefill() : 0);
+  return kStepCost * rows;
 }
 
 /// A run is one chunk. Behind an explicit base the earlier runs are deliberately not counted: runs

@@ -25,19 +25,20 @@ bool BoxMVEX::ReadData(mmStreamReader* reader, long long size, Mp4Context* /*con
         return mp4::Child::kUnknown;
     }
   };
-  const auto end = mp4::WalkChildren(reader, size, 0, mp4::UnknownChild::kEnter, dispatch);
-  if (end.failed) return false;
-  reader->Skip(mp4::WrapSub(size, end.consumed));
-  return true;
+  return mp4::ReadEnteredContainer(reader, size, dispatch);
 }
 
 BoxTREX* BoxMVEX::FindTrackExtends(std::uint32_t track_ID) {
   if (trackExtends.size() <= kMostScanned) return ScanTrackExtends(track_ID);
-  if (sortedIDs.size() != trackExtends.size()) SortIDs();
-  const auto found =
+  const bool sorted =
+      sortedIDs.size() == trackExtends.size() || mp4::WithoutThrowing([this] { SortIDs(); });
+  if (!sorted) return ScanTrackExtends(track_ID);
+  auto at =
       std::lower_bound(sortedIDs.begin(), sortedIDs.end(), std::pair(track_ID, std::size_t{0}));
-  if (found == sortedIDs.end() || found->first != track_ID) return nullptr;
-  return trackExtends[found->second].get();
+  for (; at != sortedIDs.end() && at->first == track_ID; ++at) {
+    if (trackExtends[at->second] != nullptr) return trackExtends[at->second].get();
+  }
+  return nullptr;
 }
 
 BoxTREX* BoxMVEX::ScanTrackExtends(std::uint32_t track_ID) {

@@ -20,7 +20,7 @@ class MP4JUDGE_API BoxMVEX : public BoxBase {
   bool ReadData(mmStreamReader* reader, long long size, Mp4Context* context) override;
 
   /// The first record for a track in file order, or null. Logarithmic in the number of records,
-  /// which must keep the IDs they were read with once there are many. Throws bad_alloc.
+  /// which must keep the IDs they were read with once there are many.
   BoxTREX* FindTrackExtends(std::uint32_t track_ID);
 
   std::vector<std::unique_ptr<BoxMEHD>> headers;       ///< in file order

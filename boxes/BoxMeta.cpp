@@ -17,8 +17,5 @@ bool BoxMeta::ReadData(mmStreamReader* reader, long long size, Mp4Context* conte
     mp4::ReadReused(&itemListBox, reader, child, context);
     return mp4::Child::kRead;
   };
-  const mp4::WalkEnd end =
-      mp4::WalkChildren(reader, size, kFullBoxHeader, mp4::UnknownChild::kSkip, dispatch);
-  reader->Skip(mp4::WrapSub(size, end.consumed));
-  return !end.failed;
+  return mp4::ReadContainer(reader, size, kFullBoxHeader, dispatch);
 }

@@ -38,7 +38,8 @@ struct WalkEnd {
 /// The child loop of every container below the file's top level. Sizes are 32-bit; the 64-bit form
 /// is not understood there. Starts with `consumed` bytes counted, ends when `size` is reached, the
 /// count exceeds `most`, a child fails, or the opening's account is spent. The caller skips what
-/// remains. `dispatch(const ChildHeader&)` returns a Child and may throw only bad_alloc.
+/// remains (most leave it all to the two functions below). `dispatch(const ChildHeader&)` returns a
+/// Child and may throw only bad_alloc.
 template <class Dispatch>
 WalkEnd WalkChildren(mmStreamReader* reader, long long size, long long consumed,
                      UnknownChild unknown, Dispatch&& dispatch, long long most = LLONG_MAX) {
@@ -61,6 +62,26 @@ WalkEnd WalkChildren(mmStreamReader* reader, long long size, long long consumed,
     if (result == Child::kFailed) return {consumed, true};
   }
   return {consumed, false};
+}
+
+/// Reads the children of a container behind its first `consumed` bytes and moves to its end, as the
+/// sizes count it, even after a failed child. Unknown children are passed over. False when a child
+/// failed.
+template <class Dispatch>
+bool ReadContainer(mmStreamReader* reader, long long size, long long consumed,
+                   Dispatch&& dispatch) {
+  const WalkEnd end = WalkChildren(reader, size, consumed, UnknownChild::kSkip, dispatch);
+  reader->Skip(WrapSub(size, end.consumed));
+  return !end.failed;
+}
+
+/// The same for a container whose unknown children are entered. After a failed child the reader
+/// stays where that left it.
+template <class Dispatch>
+bool ReadEnteredContainer(mmStreamReader* reader, long long size, Dispatch&& dispatch) {
+  const WalkEnd end = WalkChildren(reader, size, 0, UnknownChild::kEnter, dispatch);
+  if (!end.failed) reader->Skip(WrapSub(size, end.consumed));
+  return !end.failed;
 }
 
 /// Reads a child into a box that is created on first sight and reused afterwards.

@@ -44,10 +44,9 @@ bool BoxSTBL::ReadData(mmStreamReader* reader, long long size, Mp4Context* conte
         return mp4::Child::kUnknown;
     }
   };
-  const mp4::WalkEnd end = mp4::WalkChildren(reader, size, 0, mp4::UnknownChild::kSkip, dispatch);
-  reader->Skip(mp4::WrapSub(size, end.consumed));
+  const bool read = mp4::ReadContainer(reader, size, 0, dispatch);
   CompleteAudioChunks(reader, context);
-  return !end.failed;
+  return read;
 }
 
 /// Gives every chunk of an audio track from the last sample-to-chunk run on an entry of its own.

@@ -1,5 +1,7 @@
 #include "boxes/BoxSTCO.h"
 
+#include <algorithm>
+
 #include "boxes/BoxReading.h"
 #include "boxes/TableBody.h"
 #include "io/FourCC.h"
@@ -34,12 +36,23 @@ void BoxSTCO::OptimizeAudio() {
   mp4::WithoutThrowing([this] { PublishNew(); });
 }
 
+bool BoxSTCO::PublishesOffsets() const {
+  return track != nullptr && track->handlerType == mp4::FourCC("soun");
+}
+
+bool BoxSTCO::IsAsPublished() const {
+  return track->chunkOffsetOwner == this && track->chunkOffsetTable.size() == published;
+}
+
+std::int64_t BoxSTCO::RowsToRefill() const {
+  return PublishesOffsets() && !IsAsPublished() ? std::max(entryCount, 0) : 0;
+}
+
 void BoxSTCO::PublishNew() {
-  if (track == nullptr || track->handlerType != mp4::FourCC("soun")) return;
+  if (!PublishesOffsets()) return;
   auto& table = track->chunkOffsetTable;
   const std::size_t count = entryCount > 0 ? static_cast<std::size_t>(entryCount) : 0;
-  const bool extends = track->chunkOffsetOwner == this && table.size() == published;
-  std::size_t next = extends && published <= count ? published : 0;
+  std::size_t next = IsAsPublished() && published <= count ? published : 0;
   track->chunkOffsetOwner = nullptr;
   table.resize(count);
   for (; next < count; ++next) table[next].chunkOffset = OffsetAt(next);

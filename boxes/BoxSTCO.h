@@ -31,12 +31,16 @@ class MP4JUDGE_API BoxSTCO : public BoxBase {
   /// Publishes the offsets in the record of an audio track: those added since this box last did so,
   /// all of them when another box or the caller has changed the sequence.
   void OptimizeAudio();
+  /// Offsets that publishing would write again because the sequence is not as this box left it.
+  std::int64_t RowsToRefill() const;
 
   std::uint32_t type;
 
  private:
   std::size_t EntrySize() const;
   std::uint64_t OffsetAt(std::size_t k) const;
+  bool PublishesOffsets() const;
+  bool IsAsPublished() const;
   void PublishNew();
 
   Mp4Context::TRACK* track = nullptr;  ///< borrowed; null when read without a context

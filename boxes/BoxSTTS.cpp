@@ -60,8 +60,7 @@ void BoxSTTS::PublishFrameRate() {
 }
 
 bool BoxSTTS::DividesPackets() const {
-  return track != nullptr && track->handlerType == mp4::FourCC("soun") &&
-         fileMode == MP4_FILE_MODE_MOV && track->compressionId != -2 &&
+  return PublishesEntries() && fileMode == MP4_FILE_MODE_MOV && track->compressionId != -2 &&
          static_cast<std::int32_t>(track->samplesPerPacket) > 0 && track->channels != 0;
 }
 
@@ -76,16 +75,28 @@ void BoxSTTS::DivideByPacket() {
   constantDuration = perPacket;
 }
 
+bool BoxSTTS::PublishesEntries() const {
+  return track != nullptr && track->handlerType == mp4::FourCC("soun");
+}
+
+bool BoxSTTS::IsAsPublished() const {
+  return track->timeToSampleOwner == this && track->timeToSampleTable.size() == published;
+}
+
+std::int64_t BoxSTTS::RowsToRefill() const {
+  if (!PublishesEntries() || hasConstantDuration || IsAsPublished()) return 0;
+  return std::max(entryCount, 0);
+}
+
 void BoxSTTS::OptimizeAudio() {
-  if (track == nullptr || track->handlerType != mp4::FourCC("soun")) return;
+  if (!PublishesEntries()) return;
   intact = mp4::WithoutThrowing([this] { PublishEntries(); }) && intact;
 }
 
 /// Rows published before are final but for the last, as long as no other table filled the sequence.
 void BoxSTTS::PublishEntries() {
   std::vector<tagSTTS>& table = track->timeToSampleTable;
-  const bool mine = track->timeToSampleOwner == this && table.size() == published;
-  const std::size_t first = mine && published > 0 ? published - 1 : 0;
+  const std::size_t first = IsAsPublished() && published > 0 ? published - 1 : 0;
   track->timeToSampleOwner = this;
   published = 0;
   if (hasConstantDuration) {

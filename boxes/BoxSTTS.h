@@ -41,6 +41,8 @@ class MP4JUDGE_API BoxSTTS : public BoxBase {
   void CalcAvInfo();
   /// Brings an audio track's `timeToSampleTable` up to date; costs what was appended since.
   void OptimizeAudio();
+  /// Rows that OptimizeAudio would write again because the sequence is not as this box left it.
+  std::int64_t RowsToRefill() const;
 
   /// The low byte of the duration, sign-extended; 0 past the end. See LowByte in the source.
   signed char GetSampleDuration(int i);
@@ -71,6 +73,8 @@ class MP4JUDGE_API BoxSTTS : public BoxBase {
   void PublishFrameRate();
   bool DividesPackets() const;
   void DivideByPacket();
+  bool PublishesEntries() const;
+  bool IsAsPublished() const;
   void PublishEntries();
   void AddToTotals(unsigned int duration, unsigned int count);
   void CountSamples(unsigned int duration, unsigned int count);

@@ -65,10 +65,9 @@ bool BoxTRAK::ReadData(mmStreamReader* reader, long long size, Mp4Context* conte
         return mp4::Child::kUnknown;
     }
   };
-  const mp4::WalkEnd end = mp4::WalkChildren(reader, size, 0, mp4::UnknownChild::kSkip, dispatch);
-  reader->Skip(mp4::WrapSub(size, end.consumed));
+  const bool read = mp4::ReadContainer(reader, size, 0, dispatch);
   const bool published = Publish(context, edits);
-  return published && !end.failed && mediaBox != nullptr;
+  return published && read && mediaBox != nullptr;
 }
 
 void BoxTRAK::Clear() {

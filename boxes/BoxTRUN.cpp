@@ -80,11 +80,13 @@ bool BoxTRUN::ReadEntries(mmStreamReader* reader) {
   return true;
 }
 
-/// The same whether or not the entries are loaded, so that judging fails where opening would.
+/// The same whether or not the entries are loaded, so that judging fails where opening would. Where
+/// the entries that exist share mapped pages with those that do not, whole pages are charged.
 bool BoxTRUN::Charge(mmStreamReader* reader, long long bytes) const {
   mp4::ScanControl* scan = reader->Scan();
   if (scan == nullptr) return true;
-  const std::size_t held = (sample_count - absentEntries) * sizeof(TrunEntry);
+  std::size_t held = (sample_count - absentEntries) * sizeof(TrunEntry);
+  if (absentEntries * sizeof(TrunEntry) >= mp4::kMapZerosFrom) held = mp4::WholePages(held);
   const std::size_t zeros = mp4::CostOfZeros(absentEntries * sizeof(TrunEntry));
   return scan->TakeBytes(bytes) && scan->TakeMemory(static_cast<std::int64_t>(held + zeros));
 }

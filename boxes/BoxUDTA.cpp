@@ -11,14 +11,9 @@ bool BoxUDTA::ReadData(mmStreamReader* reader, long long size, Mp4Context* conte
       mp4::ReadReused(&metaBox, reader, child, context);
       return mp4::Child::kRead;
     }
-    const mp4::TextField field = mp4::TextFieldOf(child.type);
-    if (field == nullptr) return mp4::Child::kUnknown;
-    Read_0xa9xxx(reader, child.payload, mp4::TextIn(context, field), mp4::kTextFieldBytes);
-    return mp4::Child::kRead;
+    return mp4::ReadTextChild(this, reader, child, context);
   };
-  const mp4::WalkEnd end = mp4::WalkChildren(reader, size, 0, mp4::UnknownChild::kSkip, dispatch);
-  reader->Skip(mp4::WrapSub(size, end.consumed));
-  return !end.failed;
+  return mp4::ReadContainer(reader, size, 0, dispatch);
 }
 
 bool BoxUDTA::Read_0xa9xxx(mmStreamReader* reader, long long length, wchar_t* field, int bytes) {

@@ -29,7 +29,7 @@ void PassOverTwice(mmStreamReader* reader, long long size) {
 bool Walk(mmStreamReader* reader, long long size, Track* track) {
   long long consumed = 0;
   while (consumed + 8 < size && mp4::Remaining(reader) > 0) {
-    if (!mp4::TakeBytes(reader, 8)) return false;
+    if (!mp4::TakeStep(reader)) return false;
     reader->GetBe32();  // child size
     const std::uint32_t type = reader->GetLe32();
     if (type == mp4::FourCC("enda")) {

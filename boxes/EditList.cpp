@@ -51,8 +51,7 @@ bool mp4::ReadEditList(mmStreamReader* reader, std::vector<tagElstItem>* edits) 
   SkipFullBoxHeader(reader);
   const auto declared = static_cast<std::int32_t>(reader->GetBe32());
   if (declared <= 0) return true;
-  // An entry cut by the end of the source still counts; the bytes it lacks are zeros.
-  const long long exist = std::min<long long>(declared, (Remaining(reader) + kWidth - 1) / kWidth);
+  const long long exist = std::min<long long>(declared, Remaining(reader) / kWidth);
   const bool afforded = Charge(reader, exist * kWidth);
   if (!afforded || IsUnread(reader)) {
     PassAsRead(reader, declared * kWidth);

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "boxes/BoxReading.h"
 #include "boxes/Mp4Context.h"
 #include "io/mmStreamReader.h"
 
@@ -19,6 +20,17 @@ TextField TextFieldOf(std::uint32_t type);
 
 /// That text in a context; null without a context.
 wchar_t* TextIn(Mp4Context* context, TextField field);
+
+/// Reads an item by the reader of its parent, whose result does not matter, into the text that the
+/// item's type fills.
+template <class Parent>
+Child ReadTextChild(Parent* parent, mmStreamReader* reader, const ChildHeader& item,
+                    Mp4Context* context) {
+  const TextField field = TextFieldOf(item.type);
+  if (field == nullptr) return Child::kUnknown;
+  parent->Read_0xa9xxx(reader, item.payload, TextIn(context, field), kTextFieldBytes);
+  return Child::kRead;
+}
 
 /// Reads `n` bytes of UTF-8 and stores `bytes` bytes of wide text at `field`: the text up to its
 /// first zero byte or ill-formed sequence, then zeros. At most 259 bytes are read, the rest is

@@ -115,9 +115,11 @@ bool Mp4Demux::ScanTopLevel(long long fileSize, long long pos) {
     if (box.large) box.size = static_cast<long long>(reader->GetBe64());
     if (__builtin_sub_overflow(box.size, 8, &box.payload)) return false;
     const long long header = box.large ? 16 : 8;
+    long long step = 0;
     long long next = 0;
-    const bool past = __builtin_add_overflow(pos + header, box.payload, &next) && box.payload > 0;
-    if (!past && next <= pos) return false;
+    const bool tooFar = __builtin_add_overflow(header, box.payload, &step);
+    if (!tooFar && step <= 0) return false;
+    const bool past = tooFar || __builtin_add_overflow(pos, step, &next);
     if (!Dispatch(box)) return false;
     if (past) return true;
     // The reader is not moved there: each box has left it at its own end.
@@ -148,6 +150,7 @@ bool Mp4Demux::ReadMovie(long long payload) {
 }
 
 bool Mp4Demux::ReadFragment(long long payload) {
+  if (!reader->Scan()->TakeMemory(mp4::kCollectedBoxMemory)) return false;
   auto fragment = std::make_unique<BoxMOOF>();
   if (!fragment->ReadData(reader.get(), payload, nullptr)) return false;
   if (reader->Scan()->tablesUnread) return true;

@@ -1,5 +1,6 @@
 // Writes the first inputs of every target from the project's own builders:
-//   make_seeds FOLDER   makes FOLDER/judge, FOLDER/demux, FOLDER/boxes, FOLDER/utf
+//   make_seeds FOLDER   makes FOLDER/judge, FOLDER/demux, FOLDER/boxes, FOLDER/tables and
+//   FOLDER/utf
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -61,6 +62,19 @@ void SaveBoxes() {
           Box("wave", Box("frma", Bytes().Text("in24")) + Box("enda", Bytes().Be16(1))));
 }
 
+/// A sound track's tables, each with a program of moves behind it: see fuzz/TableTwins.cpp.
+void SaveTables() {
+  const Bytes track{1};  // sound
+  const Bytes moves = Bytes().Fill(20, 4).Fill(20, 1);
+  Save("tables", "times", Bytes{0} + track + Bytes{2, 0, 3, 100, 2, 50, 0} + moves);
+  Save("tables", "sizes", Bytes{1} + track + Bytes{3, 0, 0, 10, 20, 30, 0} + moves);
+  Save("tables", "syncs", Bytes{2, 3, 0, 1, 1, 30, 30} + moves);
+  Save("tables", "chunks", Bytes{3} + track + Bytes{2, 0, 1, 1, 5, 3, 2, 1} + moves);
+  Save("tables", "offsets", Bytes{4} + track + Bytes{1, 2, 0, 40, 80} + moves);
+  Save("tables", "cursor",
+       Bytes{5} + Bytes{1, 9, 10, 1, 2, 1, 3, 0} + Bytes{0, 2, 7, 8, 2, 50, 60, 0} + moves);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -71,6 +85,7 @@ int main(int argc, char** argv) {
   root = argv[1];
   SaveFiles();
   SaveBoxes();
+  SaveTables();
   Save("utf", "mixed", Bytes{1, 64}.Text("Zo\xC3\xAB \xE2\x82\xAC \xF0\x9F\x8E\xB5"));
   return 0;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <new>
 #include <type_traits>
@@ -23,6 +24,9 @@ MP4JUDGE_API void PreferHugePages(void* block, std::size_t bytes);
 /// `bytes` zero bytes of address space, without memory until written; null on failure.
 MP4JUDGE_API void* MapZeros(std::size_t bytes);
 MP4JUDGE_API void UnmapZeros(void* block, std::size_t bytes);
+
+/// Bytes of the pages that writing the first `bytes` of a mapped block takes.
+constexpr std::size_t WholePages(std::size_t bytes) { return (bytes + 4095) / 4096 * 4096; }
 
 /// What `bytes` zeros that nobody writes are charged: themselves while they are small, then a byte
 /// a page for the address space.
@@ -59,6 +63,7 @@ using LazyArray = std::unique_ptr<T[], LazyArrayDeleter<T>>;
 template <class T>
 LazyArray<T> MakeLazyArray(std::size_t count, std::size_t written = 0) {
   static_assert(std::is_trivial_v<T>);
+  if (count > SIZE_MAX / sizeof(T)) return nullptr;
   if ((count - written) * sizeof(T) < kMapZerosFrom) {
     return LazyArray<T>(new (std::nothrow) T[count]());
   }

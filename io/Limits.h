@@ -15,10 +15,14 @@ constexpr std::int64_t kSmallestFile = 20;
 /// Source bytes that the shares below grow with; no disk holds more.
 constexpr std::int64_t kLargestCountedSource = std::int64_t{1} << 56;
 
-/// Box headers read in one opening: one per 8 bytes of the source, plus this many. Parents that
-/// step back over an overrunning child could otherwise parse the same bytes over and over.
+/// Box headers read in one opening, and steps of searches for a box: one per 8 bytes of the source,
+/// plus this many. Parents that step back over an overrunning child could otherwise parse the same
+/// bytes over and over.
 constexpr std::int64_t kSpareHeaders = 512 * 1024;
 constexpr std::int64_t kBytesPerHeader = 8;
+/// An inflated movie adds one per this many of its bytes: a file of half a megabyte may inflate to
+/// 256 MiB of boxes without payload, and reading each of those would take seconds.
+constexpr std::int64_t kBytesPerInflatedHeader = 256;
 
 /// Bytes read in bulk in one opening: this multiple of the source, plus a fixed share.
 constexpr std::int64_t kBytesReadPerSourceByte = 4;
@@ -41,6 +45,8 @@ constexpr std::int64_t kInflateSpare = 64 * kKiB;
 /// All compressed movies of one opening together: what bounds the time spent inflating.
 constexpr std::int64_t kInflatedTotal = 256 * kMiB;
 constexpr std::int64_t kInflatedPerSourceByte = 16;
+/// Charged to that total for each movie besides its size: zlib sets up its own tables every time.
+constexpr std::int64_t kInflateSetUp = 64 * kKiB;
 /// Compressed movies inside compressed movies.
 constexpr int kDeepestCompressedMovie = 4;
 

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <new>
 
+#include "io/ScanControl.h"
 #include "io/Utf8Path.h"
 
 namespace {
@@ -58,6 +59,12 @@ std::size_t Mp4StreamReader::ReadAt(long long offset, void* dst, std::size_t n) 
   return got;
 }
 
+/// While a file is being opened, reading behind its end asks the system nothing: a broken file can
+/// have its boxes do that by the million.
+bool Mp4StreamReader::NothingThere() const {
+  return file < 0 || (scan != nullptr && pos >= scan->sourceSize);
+}
+
 std::size_t Mp4StreamReader::NextStep() const {
   const long long gap = pos - windowStart - static_cast<long long>(windowLength);
   const auto step = static_cast<long long>(windowStep);
@@ -68,7 +75,7 @@ std::size_t Mp4StreamReader::NextStep() const {
 
 /// Loads the window at the current position; false when there is nothing to read.
 bool Mp4StreamReader::Fill() {
-  if (file < 0) return false;
+  if (NothingThere()) return false;
   if (window == nullptr) {
     window.reset(new (std::nothrow) unsigned char[kLargestStep]);
     if (window == nullptr) return false;
@@ -100,7 +107,7 @@ unsigned int Mp4StreamReader::GetData(void* dst, unsigned int n) {
       taken = std::min<std::size_t>(wanted, windowLength - at);
       std::memcpy(out + got, window.get() + at, taken);
     } else if (wanted >= kLargestStep) {
-      taken = file < 0 ? 0 : ReadAt(pos, out + got, wanted);
+      taken = NothingThere() ? 0 : ReadAt(pos, out + got, wanted);
     } else if (Fill()) {
       continue;
     }

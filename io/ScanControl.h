@@ -15,8 +15,8 @@ namespace mp4 {
 /// the box that asked for it fail.
 ///
 /// An inflated movie is a source of its own, whose control draws on the account of the outer one.
-/// Its bytes widen what may be read of it in proportion, but neither the memory nor the fixed
-/// shares: a few kilobytes that inflate a thousandfold get no more of those.
+/// Its bytes widen what may be read of it in proportion, its headers by less, the memory and the
+/// fixed shares not at all: a few kilobytes that inflate a thousandfold get no more of those.
 class ScanControl {
  public:
   /// `sourceSize` is the size of the source in bytes, taken once when the opening starts.
@@ -29,7 +29,8 @@ class ScanControl {
       own.merge += Share(limits::kMergePerSourceByte);
       own.inflated = Share(limits::kInflatedPerSourceByte) + limits::kInflatedTotal;
     }
-    account->headers += sourceSize / limits::kBytesPerHeader;
+    account->headers +=
+        sourceSize / (outer != nullptr ? limits::kBytesPerInflatedHeader : limits::kBytesPerHeader);
     account->bytes += Share(limits::kBytesReadPerSourceByte);
   }
   ScanControl(const ScanControl&) = delete;

@@ -17,8 +17,9 @@ mmBufReader::mmBufReader(const void* bytes, std::size_t n) {
   capacity = size = static_cast<int>(length);
 }
 
-mmBufReader::mmBufReader(std::unique_ptr<unsigned char[]> bytes, int n) : data(std::move(bytes)) {
-  if (data != nullptr && n > 0) capacity = size = n;
+mmBufReader::mmBufReader(std::unique_ptr<unsigned char[]> bytes, std::size_t n)
+    : data(std::move(bytes)) {
+  if (data != nullptr) capacity = size = static_cast<int>(std::min<std::size_t>(n, INT_MAX));
 }
 
 unsigned char mmBufReader::GetByte() {

@@ -14,8 +14,8 @@ class MP4JUDGE_API mmBufReader : public mmStreamReader {
   mmBufReader() = default;
   /// Copies `n` bytes; at most 2^31 - 1 of them. On a failed allocation the reader is empty.
   mmBufReader(const void* bytes, std::size_t n);
-  /// Takes over an array of `n` bytes.
-  mmBufReader(std::unique_ptr<unsigned char[]> bytes, int n);
+  /// Takes over an array of `n` bytes, of which at most 2^31 - 1 are read.
+  mmBufReader(std::unique_ptr<unsigned char[]> bytes, std::size_t n);
 
   unsigned char GetByte() override;
   /// Always returns `n`.

@@ -311,6 +311,16 @@ TEST(AudioSampleEntry, FindsAWaveAtomWithAnOrdinarySizeToo) {
   EXPECT_EQ(64, read.position);
 }
 
+TEST(AudioSampleEntry, ReadsTheSizeBeforeTheWaveAtomInTheByteOrderOfAType) {
+  const Bytes fields = AudioFields("in24", 2, 16, 44100) + Bytes().Be32(7).Be32(7);
+  // 16 bytes in that order are a payload of 8, which is not walked, whatever else follows.
+  const Bytes small = fields + Bytes{16, 0, 0, 0}.Text("wave").Append(Enda()).Fill(14);
+  EXPECT_EQ(mp4::FourCC("in24"), Read(small, kQuickTime).track->format);
+  // 00 00 00 10 are 0x10000000 bytes: the walk goes on behind the 16 that a box size would mean.
+  const Bytes large = fields + Bytes{0, 0, 0, 16}.Text("wave").Fill(8).Append(Enda()).Fill(6);
+  EXPECT_EQ(mp4::FourCC("42ni"), Read(large, kQuickTime).track->format);
+}
+
 TEST(AudioSampleEntry, EndsItsSearchAtTheChannelLayout) {
   const Bytes bytes = AudioFields("in24", 2, 16, 44100) + Bytes().Be32(7).Be32(7) +
                       Bytes{12, 0, 0, 0}.Text("chan").Be32(0) + Box("wave", Enda().Fill(6));
@@ -412,7 +422,8 @@ TEST(AudioSampleEntry, FailsWhenTheAccountRefusesTheSearch) {
   const Bytes bytes = AudioFields("mp4a", 2, 16, 44100).Fill(40, 7);
   mmBufReader reader(bytes.data(), bytes.size());
   mp4::ScanControl scan(static_cast<std::int64_t>(bytes.size()));
-  scan.TakeBytes(INT64_MAX);
+  while (scan.TakeHeader()) {
+  }
   reader.AttachScan(&scan);
   BoxSTSD::AudioSampleEntry entry;
   EXPECT_FALSE(entry.ReadData(&reader, 72, &one.context));

@@ -151,12 +151,22 @@ TEST(Containers, SpentAccountEndsTheLoop) {
 
 TEST(ScanControl, InnerSourceSharesTheOuterAccount) {
   mp4::ScanControl outer(0);
-  mp4::ScanControl inner(16, &outer);
+  mp4::ScanControl inner(512, &outer);
   for (std::int64_t i = 0; i < mp4::limits::kSpareHeaders + 2; ++i) {
     ASSERT_TRUE((i % 2 == 0 ? inner : outer).TakeHeader());
   }
   EXPECT_FALSE(outer.TakeHeader());
   EXPECT_FALSE(inner.TakeHeader());
+}
+
+TEST(ScanControl, InnerSourceAddsAHeaderPer256BytesWhereAnOuterOneAddsOnePer8) {
+  mp4::ScanControl outer(2560);
+  mp4::ScanControl inner(2560, &outer);
+  mp4::ScanControl innermost(255, &inner);
+  for (std::int64_t i = 0; i < mp4::limits::kSpareHeaders + 320 + 10; ++i) {
+    ASSERT_TRUE(innermost.TakeHeader());
+  }
+  EXPECT_FALSE(innermost.TakeHeader());
 }
 
 TEST(ScanControl, InflatedBytesAreCountedForTheWholeOpening) {

@@ -427,6 +427,52 @@ TEST_F(BoxMOOFMerge, DurationsReadFromEntriesAreChargedSixteenBytesEach) {
   EXPECT_TRUE(account.Spent());
 }
 
+TEST_F(BoxMOOFMerge, RowsOfDurationsWithoutEntriesAreChargedWhereTheCountIsNegative) {
+  movie.Load(tables, fixture::BoxOf32("stts", {0x80000000}), fixture::Stsc({}), fixture::Stsz({}),
+             fixture::Stco({}), fixture::Stss({}));
+  {
+    MergeAccount account(&movie, 64 + 99 * 16 - 1);
+    MergeRuns(Trun(0x100, 100));
+    EXPECT_EQ(tables.timeToSampleBox->GetTotalSamples(), 0);
+  }
+  MergeAccount account(&movie, 64 + 99 * 16);
+  MergeRuns(Trun(0x100, 100));
+  EXPECT_EQ(tables.timeToSampleBox->GetTotalSamples(), 100);
+  EXPECT_EQ(tables.timeToSampleBox->GetEntries()->used, 100u * 8);
+  EXPECT_TRUE(account.Spent());
+}
+
+// Tables of two tracks that fill one record publish all their rows whenever they take turns.
+TEST_F(BoxMOOFMerge, RowsPublishedOverAgainAreChargedEightBytesEach) {
+  FragmentedMovie audio;
+  BoxSTBL& first = audio.AddTrack(1, "soun");
+  BoxSTBL& second = audio.AddTrack(2, "soun");
+  audio.Extend(Trex(1));
+  audio.context.SetCurrentTrack(1);
+  audio.Load(first, fixture::Stts({{4, 10}}), fixture::Stsc({}), fixture::Stsz({}),
+             fixture::Stco({1, 2, 3}), fixture::Stss({}));
+  audio.Load(second, fixture::Stts({}), fixture::Stsc({}), fixture::Stsz({}), fixture::Stco({}),
+             fixture::Stss({}));
+  const Mp4Context::TRACK& shared = *audio.context.GetTrack(1);
+  const Bytes moof = Moof(Traf(Tfhd(0, 1) + Trun(0, 1)));
+  {
+    MergeAccount account(&audio, 64 + (1 + 3) * 8 - 1);
+    audio.Merge(moof);
+    EXPECT_TRUE(shared.chunkOffsetTable.empty());
+  }
+  {
+    MergeAccount account(&audio, 64 + (1 + 3) * 8);
+    audio.Merge(moof);
+    EXPECT_EQ(shared.chunkOffsetTable.size(), 4u);
+    EXPECT_EQ(shared.timeToSampleTable.size(), 2u);
+    EXPECT_TRUE(account.Spent());
+  }
+  MergeAccount account(&audio, 64);
+  audio.Merge(moof);
+  EXPECT_EQ(shared.chunkOffsetTable.size(), 5u);  // nothing but the new rows was published
+  EXPECT_TRUE(account.Spent());
+}
+
 TEST_F(BoxMOOFMerge, SyncSamplesWithoutEntriesAreChargedTwelveBytesEach) {
   {
     MergeAccount account(&movie, 64 + 3 * 12 - 1);

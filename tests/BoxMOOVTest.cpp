@@ -375,6 +375,26 @@ TEST(CompressedMovie, HeadersInsideCountForTheOpening) {
   EXPECT_FALSE(Movie(children, size, &scan).succeeded);
 }
 
+TEST(CompressedMovie, EmptyBoxesByTheMillionAreRefused) {
+  // 8 MiB of boxes without payload before the movie header: a million headers out of a few
+  // kilobytes, of which an opening affords half.
+  Bytes boxes = Bytes().Be32(0).Text("moov");
+  const Bytes empty = Box("free");
+  for (int i = 0; i < 1024 * 1024; ++i) boxes.Append(empty);
+  boxes.Append(Mvhd() + TrackOf(3));
+  boxes.PutBe32(0, static_cast<std::uint32_t>(boxes.size()));
+  const Bytes children = Mvhd() + TrackOf(4) + fixture::Cmov(boxes);
+  const auto size = static_cast<long long>(children.size());
+  Movie unbounded(children);
+  EXPECT_TRUE(unbounded.succeeded);
+  EXPECT_EQ(unbounded.box.tracks.count(3), 1u);
+  mp4::ScanControl scan(size);
+  Movie movie(children, size, &scan);
+  EXPECT_FALSE(scan.TakeHeader());
+  EXPECT_EQ(movie.box.tracks.count(3), 0u);
+  EXPECT_EQ(movie.box.tracks.count(4), 1u);
+}
+
 TEST(CompressedMovie, InflatingStopsWithTheOpeningsAllowance) {
   const Bytes children = Mvhd() + TrackOf(4) + fixture::Cmov(Box("moov", Mvhd() + TrackOf(3)));
   const auto size = static_cast<long long>(children.size());

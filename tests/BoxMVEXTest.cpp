@@ -52,6 +52,16 @@ TEST(BoxMVEX, FindsTheFirstRecordAmongMany) {
   EXPECT_EQ(mvex.read.FindTrackExtends(1001), nullptr);
 }
 
+TEST(BoxMVEX, FindsNoRecordThatAHostTookAway) {
+  for (const std::uint32_t count : {2u, 50u}) {
+    Bytes children;
+    for (std::uint32_t i = 0; i < count; ++i) children.Append(fixture::Trex(0));
+    MvexRead mvex(fixture::Mvex(children));
+    mvex.read.trackExtends[0].reset();
+    EXPECT_EQ(mvex.read.FindTrackExtends(0), mvex.read.trackExtends[1].get());
+  }
+}
+
 TEST(BoxMVEX, FindsRecordsThatASecondBoxBrought) {
   Bytes many;
   for (std::uint32_t i = 0; i < 50; ++i) many.Append(fixture::Trex(i + 1));

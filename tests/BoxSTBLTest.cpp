@@ -72,13 +72,15 @@ TEST(BoxSTBL, NullReaderAndNegativeSizeFail) {
 
 TEST(BoxSTBL, SizeZeroReadsNothingAndSucceeds) {
   OneTrack sound(kSound);
-  sound.track->sampleToChunkTable.push_back({1, 1, 1});
   sound.track->chunkOffsetTable = {{1}, {2}, {3}};
   mmBufReader reader("12345678", 8);
   BoxSTBL box;
+  // A table of its own, so that only the size keeps the chunks from being completed.
+  box.sampleToChunkBox = std::make_unique<BoxSTSC>();
+  EXPECT_TRUE(ReadFrom(box.sampleToChunkBox.get(), StscPayload({{1, 1, 1}}), &sound.context));
   EXPECT_TRUE(box.ReadData(&reader, 0, &sound.context));
   EXPECT_EQ(reader.GetPos(), 0);
-  EXPECT_EQ(sound.track->sampleToChunkTable.size(), 1u);
+  EXPECT_EQ(Published(*sound.track), (Rows{{1, 1, 1}}));
 }
 
 TEST(BoxSTBL, CreatesAChildOfEachKind) {

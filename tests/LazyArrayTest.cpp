@@ -83,6 +83,11 @@ TEST(LazyArray, FillFromOneByOneIsAmortised) {
   EXPECT_EQ(records[99999], 99999);
 }
 
+TEST(LazyArray, FailsWhereTheBytesCannotBeCounted) {
+  EXPECT_EQ(mp4::MakeLazyArray<std::uint32_t>(SIZE_MAX), nullptr);
+  EXPECT_EQ(mp4::MakeLazyArray<std::uint32_t>(SIZE_MAX / 4 + 1000), nullptr);
+}
+
 TEST(LazyArray, CostOfZeros) {
   EXPECT_EQ(mp4::CostOfZeros(0), 0u);
   EXPECT_EQ(mp4::CostOfZeros(1023), 1023u);

@@ -1,4 +1,8 @@
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <string>
 
 #include "demux/Mp4Demux.h"
 #include "io/FourCC.h"
@@ -134,6 +138,24 @@ TEST(Mp4Demux, FailingSecondMovieBoxFailsTheFile) {
   EXPECT_FALSE(Opens(Ftyp("isom") + Moov({Track{}}) + Box("moov", Mvhd())));
 }
 
+TEST(Mp4Demux, FirstBoxHasNo64BitSize) {
+  // Size 1 is a payload of -7 to the file type box. A movie's first box is read again by the scan,
+  // which knows the large form.
+  const Bytes ftyp = SizedBox(1, "ftyp", Bytes().Be64(28).Text("isom").Be32(0).Text("isom"));
+  EXPECT_FALSE(Opens(ftyp + Moov({Track{}})));
+  const Bytes mdat = SizedBox(1, "mdat", Bytes().Be64(16 + 40).Fill(40));
+  EXPECT_TRUE(Opens(mdat + Moov({Track{}})));
+}
+
+TEST(Mp4Demux, ReaderIsNeverPutAtTheCountedPosition) {
+  // The movie's last child claims 8 bytes more than the movie has, and the movie does not step
+  // back: the bad fragment right behind it is never seen.
+  const Bytes movie = Moov({Track{}}, SizedBox(16, "free"));
+  const Bytes bad = SizedBox(4, "moof");
+  EXPECT_TRUE(Opens(Ftyp("isom") + movie + bad + Box("free", Bytes().Fill(8))));
+  EXPECT_FALSE(Opens(Ftyp("isom") + Moov({Track{}}) + bad + Box("free", Bytes().Fill(8))));
+}
+
 // The reader moves exactly over a large media data box, while the counted position runs 8 bytes
 // ahead: a movie box right behind is found, a last box of 8 bytes is not.
 TEST(Mp4Demux, LargeMediaDataIsPassedExactly) {
@@ -172,6 +194,23 @@ TEST(Mp4Demux, PositionPastTheLargestEndsTheScan) {
   const Bytes head = Ftyp("isom") + Moov({Track{}});
   const Bytes huge = SizedBox(1, "free", Bytes().Be64(0x7FFFFFFFFFFFFFFFu));
   EXPECT_TRUE(Opens(head + huge + Bytes().Fill(32)));
+}
+
+TEST(Mp4Demux, BoxHeaderAtTheLargestPositionIsRead) {
+  // A file of the largest size there is, nearly all of it a hole, whose last box starts 4 bytes
+  // before its end: the end of that header is past the largest position.
+  constexpr long long kLargest = 0x7FFFFFFFFFFFFFFF;
+  const Bytes head = Ftyp("isom") + Moov({Track{}});
+  const auto begin = static_cast<long long>(head.size());
+  const auto size = static_cast<std::uint64_t>(kLargest - 4 - begin - 8);
+  const Bytes bytes = head + SizedBox(1, "free", Bytes().Be64(size));
+  const int file = memfd_create("largest", 0);
+  ASSERT_EQ(ftruncate(file, kLargest), 0);
+  ASSERT_EQ(pwrite(file, bytes.data(), bytes.size(), 0), static_cast<ssize_t>(bytes.size()));
+  Mp4Demux demux;
+  EXPECT_TRUE(demux.Init((L"/proc/self/fd/" + std::to_wstring(file)).c_str()));
+  EXPECT_EQ(demux.reader->GetPos(), kLargest - 4 - 4);
+  close(file);
 }
 
 TEST(Mp4Demux, FragmentIsMergedAndKept) {

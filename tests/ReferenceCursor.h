@@ -5,10 +5,15 @@
 
 #include "boxes/SampleRecords.h"
 #include "io/ByteOrder.h"
+#include "tests/ReferenceTables.h"
 
 /// Sample tables and cursors in their plainest form: a walk for every question, one sample a step.
 /// The tests hold the library's fast paths against them.
 namespace reference_cursor {
+
+using reference::Add64;
+using reference::Div64;
+using reference::Sub64;
 
 /// The sample-to-chunk cursor, over the bytes of the table.
 struct SampleToChunk {
@@ -81,6 +86,7 @@ struct SampleToChunk {
 struct Tables {
   std::vector<tagSTTS> times;
   std::vector<std::uint32_t> sizes;
+  std::uint32_t constantSize = 0;  ///< instead of `sizes`, when not 0
   std::vector<std::uint64_t> offsets;
   std::vector<std::uint32_t> syncs;
   bool hasSyncs = false;
@@ -108,9 +114,9 @@ struct Tables {
     for (const tagSTTS& run : times) {
       const auto left = static_cast<std::int32_t>(static_cast<std::uint32_t>(i) - before);
       if (static_cast<std::int32_t>(before + run.sampleCount) >= i) {
-        return time + Signed(run.sampleDelta) * left;
+        return Add64(time, Signed(run.sampleDelta) * left);
       }
-      time += Signed(run.sampleDelta) * Signed(run.sampleCount);
+      time = Add64(time, Signed(run.sampleDelta) * Signed(run.sampleCount));
       before += run.sampleCount;
     }
     return time;
@@ -121,9 +127,9 @@ struct Tables {
     std::int64_t passed = 0;
     for (const tagSTTS& run : times) {
       const std::int64_t delta = Signed(run.sampleDelta);
-      const std::int64_t end = passed + Signed(run.sampleCount) * delta;
+      const std::int64_t end = Add64(passed, Signed(run.sampleCount) * delta);
       if (end > time) {
-        const std::int64_t steps = delta != 0 ? (time - passed) / delta : 0;
+        const std::int64_t steps = delta != 0 ? Div64(Sub64(time, passed), delta) : 0;
         return static_cast<std::int32_t>(n + static_cast<std::uint32_t>(steps));
       }
       n += run.sampleCount;
@@ -133,6 +139,7 @@ struct Tables {
   }
 
   std::uint32_t Size(std::int32_t i) const {
+    if (constantSize != 0) return constantSize;
     return i >= 0 && i < static_cast<std::int32_t>(sizes.size())
                ? sizes[static_cast<std::size_t>(i)]
                : 0;
@@ -178,9 +185,9 @@ struct Cursor {
     if ((r & 0xFF) == 0) return false;
     const auto i = static_cast<std::int32_t>(chunks.sample);
     const auto k = static_cast<std::int32_t>(chunks.chunk);
-    curTime += curDuration;
+    curTime = Add64(curTime, curDuration);
     if (k == curChunk) {
-      curOffset += curSize;
+      curOffset = Add64(curOffset, curSize);
     } else {
       curOffset = tables.Offset(k);
     }
@@ -192,10 +199,14 @@ struct Cursor {
     return true;
   }
 
-  std::int64_t Seek(std::int64_t time) {
+  std::int32_t SeekTarget(std::int64_t time) const {
     std::int32_t target = tables.IndexBefore(time);
     if (tables.hasSyncs && !tables.syncs.empty()) target = tables.SyncBefore(target);
-    if (target < 0) target = 0;
+    return target < 0 ? 0 : target;
+  }
+
+  std::int64_t Seek(std::int64_t time) {
+    const std::int32_t target = SeekTarget(time);
     curTime = tables.Time(target);
     chunks.Seek(target);
     const auto k = static_cast<std::int32_t>(chunks.chunk);
@@ -203,7 +214,7 @@ struct Cursor {
     curChunk = k;
     curSample = target;
     for (auto j = static_cast<std::int32_t>(chunks.first); j < target; ++j) {
-      curOffset += tables.Size(j);
+      curOffset = Add64(curOffset, tables.Size(j));
     }
     curSize = tables.Size(target);
     curDuration = tables.Duration(target);

@@ -50,14 +50,27 @@ TEST(ScanControl, RefusedChargeSpendsTheRest) {
   EXPECT_TRUE(scan.TakeBytes(0));
 }
 
-TEST(ScanControl, InnerSourceInflatesOnTheOuterAccount) {
+TEST(ScanControl, InnerSourceDrawsOnTheOuterAccount) {
   mp4::ScanControl outer(0);
   mp4::ScanControl inner(1000, &outer);
   mp4::ScanControl innermost(1000, &inner);
   EXPECT_TRUE(innermost.TakeInflated(256 * kMiB));
   EXPECT_FALSE(inner.TakeInflated(1));
   EXPECT_FALSE(outer.TakeInflated(1));
-  EXPECT_TRUE(inner.TakeBytes(1));
+  EXPECT_TRUE(innermost.TakeMemory(64 * kMiB));
+  EXPECT_FALSE(outer.TakeMemory(1));
+  EXPECT_TRUE(inner.TakeMerge(64 * kMiB));
+  EXPECT_FALSE(outer.TakeMerge(1));
+}
+
+TEST(ScanControl, InnerSourceWidensWhatMayBeRead) {
+  mp4::ScanControl outer(0);
+  mp4::ScanControl inner(1000, &outer);
+  EXPECT_EQ(inner.sourceSize, 1000);
+  EXPECT_TRUE(inner.TakeBytes(16 * kMiB + 4000));
+  EXPECT_FALSE(outer.TakeBytes(1));
+  for (std::int64_t i = 0; i < 512 * 1024 + 3; ++i) ASSERT_TRUE(inner.TakeHeader());
+  EXPECT_FALSE(outer.TakeHeader());
 }
 
 TEST(ScanControl, InnerSourceInheritsUnreadTables) {
