@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 
 #include "boxes/BoxMOOF.h"
 #include "boxes/BoxMOOV.h"
@@ -80,6 +81,7 @@ class RunMerge {
   std::int64_t RefillCost() const;
   void AppendChunk(std::uint32_t bytesBefore);
   void AppendSizes(std::uint32_t* bytes);
+  void AppendOwnSizes(BoxSTSZ* sizes, std::uint32_t* bytes);
   void AppendTimes();
   void AppendSyncSamples(std::uint32_t samplesBefore);
 
@@ -155,13 +157,25 @@ void RunMerge::AppendChunk(std::uint32_t bytesBefore) {
 void RunMerge::AppendSizes(std::uint32_t* bytes) {
   BoxSTSZ* sizes = tables->sampleSizeBox.get();
   const std::uint32_t samplesBefore = sizes != nullptr ? sizes->GetSampleCount() : 0;
-  ForEachStretch(BoxTRUN::kSampleSize, &TrunEntry::size, values.size,
-                 [&](std::uint32_t size, std::uint32_t count) {
-                   if (sizes != nullptr) sizes->AppendSizes(size, count);
-                   *bytes += size * count;
-                 });
+  const bool own = Has(BoxTRUN::kSampleSize);
+  if (own) AppendOwnSizes(sizes, bytes);
+  const std::uint32_t others = own ? absent : run.sample_count;
+  const std::uint32_t size = own ? 0 : values.size;
+  if (sizes != nullptr) sizes->AppendSizes(size, others);
+  *bytes += size * others;
   // Sync samples are numbered by the size table; without it there are none.
   if (sizes != nullptr && tables->syncSampleBox != nullptr) AppendSyncSamples(samplesBefore);
+}
+
+/// The sizes that stand in the entries, which mostly differ from one another.
+void RunMerge::AppendOwnSizes(BoxSTSZ* sizes, std::uint32_t* bytes) {
+  std::uint32_t block[128];
+  for (std::uint32_t i = 0; i < held;) {
+    const std::uint32_t n = std::min<std::uint32_t>(held - i, std::size(block));
+    for (std::uint32_t k = 0; k < n; ++k) *bytes += block[k] = run.entries[i + k].size;
+    if (sizes != nullptr) sizes->AppendEach(block, n);
+    i += n;
+  }
 }
 
 void RunMerge::AppendTimes() {

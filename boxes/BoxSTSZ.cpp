@@ -4,6 +4,7 @@
 
 #include "boxes/TableBody.h"
 #include "io/FourCC.h"
+#include "io/LazyArray.h"
 #include "io/WrapMath.h"
 
 namespace {
@@ -95,9 +96,9 @@ void BoxSTSZ::PublishSizes() {
     track->constSampleSize = constantSize;
     return;
   }
-  table.resize(sampleCount);
-  const unsigned char* row = entries->data.get();
-  for (std::size_t i = 0; i < table.size(); ++i) table[i] = {mp4::LoadBe32(row + i * kRowBytes)};
+  const unsigned char* rows = entries->data.get();
+  mp4::FillFrom(&table, 0, sampleCount,
+                [rows](std::size_t i) { return tagSTSZ{mp4::LoadBe32(rows + i * kRowBytes)}; });
 }
 
 void BoxSTSZ::PublishTotals(std::uint64_t total) {

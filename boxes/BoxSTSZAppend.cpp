@@ -3,6 +3,7 @@
 
 #include "boxes/BoxSTSZ.h"
 #include "boxes/TableBody.h"
+#include "io/LazyArray.h"
 
 void BoxSTSZ::AppendSizes(unsigned int size, unsigned int count) {
   while (count > 0) {
@@ -13,6 +14,31 @@ void BoxSTSZ::AppendSizes(unsigned int size, unsigned int count) {
     }
     count -= static_cast<unsigned int>(done);
   }
+}
+
+void BoxSTSZ::AppendEach(const std::uint32_t* sizes, std::size_t count) {
+  const std::uint32_t* const end = sizes + count;
+  // Until the table form is reached, and again where the count wraps.
+  while (sizes != end && !TakesRows(static_cast<std::size_t>(end - sizes))) {
+    const std::uint32_t* const other =
+        std::find_if(sizes, end, [size = *sizes](std::uint32_t each) { return each != size; });
+    AppendSizes(*sizes, static_cast<unsigned int>(other - sizes));
+    sizes = other;
+  }
+  if (sizes == end) return;
+  if (!AppendRows(sizes, static_cast<std::size_t>(end - sizes))) {
+    intact = false;
+    return;
+  }
+  sampleCount += static_cast<std::uint32_t>(end - sizes);
+  const auto asSigned = [](std::uint32_t a, std::uint32_t b) {
+    return static_cast<std::int32_t>(a) < static_cast<std::int32_t>(b);
+  };
+  PublishAppended(*std::max_element(sizes, end, asSigned));
+}
+
+bool BoxSTSZ::TakesRows(std::size_t count) const {
+  return sampleCount != 0 && !MustExpand() && count < (1ULL << 32) - sampleCount;
 }
 
 /// Appends as many of `count` samples as one form takes; returns how many, 0 without memory. A
@@ -63,6 +89,21 @@ bool BoxSTSZ::AppendRows(unsigned int size, std::size_t count) {
   if (!published) return false;
   unsigned char* row = entries->data.get() + entries->used;
   for (std::size_t i = 0; i < count; ++i) mp4::StoreBe32(row + i * kRowBytes, size);
+  entries->used += count * kRowBytes;
+  return true;
+}
+
+bool BoxSTSZ::AppendRows(const std::uint32_t* sizes, std::size_t count) {
+  if (!entries->MakeRoom(count * kRowBytes)) return false;
+  const bool published = !IsAudio() || mp4::WithoutThrowing([&] {
+    std::vector<tagSTSZ>& table = track->sampleSizeTable;
+    const std::size_t before = table.size();
+    mp4::FillFrom(&table, before, before + count,
+                  [&](std::size_t i) { return tagSTSZ{sizes[i - before]}; });
+  });
+  if (!published) return false;
+  unsigned char* row = entries->data.get() + entries->used;
+  for (std::size_t i = 0; i < count; ++i) mp4::StoreBe32(row + i * kRowBytes, sizes[i]);
   entries->used += count * kRowBytes;
   return true;
 }

@@ -5,6 +5,7 @@
 
 #include "boxes/TableBody.h"
 #include "io/FourCC.h"
+#include "io/LazyArray.h"
 #include "io/WrapMath.h"
 
 bool BoxSTTS::ReadData(mmStreamReader* reader, long long size, Mp4Context* context) {
@@ -95,7 +96,7 @@ void BoxSTTS::OptimizeAudio() {
 /// Rows published before are final but for the last, as long as no other table filled the sequence.
 void BoxSTTS::PublishEntries() {
   std::vector<tagSTTS>& table = track->timeToSampleTable;
-  std::size_t i = IsAsPublished() && published > 0 ? published - 1 : 0;
+  const std::size_t first = IsAsPublished() && published > 0 ? published - 1 : 0;
   track->timeToSampleOwner = this;
   published = 0;
   if (hasConstantDuration) {
@@ -103,10 +104,11 @@ void BoxSTTS::PublishEntries() {
                      static_cast<std::uint32_t>(constantDuration)});
     return;
   }
-  table.resize(static_cast<std::size_t>(std::max(entryCount, 0)));
-  for (; i < table.size(); ++i) {
-    const unsigned char* row = entries->data.get() + i * kRowBytes;
-    table[i] = {mp4::LoadBe32(row), mp4::LoadBe32(row + 4)};
-  }
+  const unsigned char* rows = entries->data.get();
+  mp4::FillFrom(&table, first, static_cast<std::size_t>(std::max(entryCount, 0)),
+                [rows](std::size_t i) {
+                  const unsigned char* row = rows + i * kRowBytes;
+                  return tagSTTS{mp4::LoadBe32(row), mp4::LoadBe32(row + 4)};
+                });
   published = table.size();
 }

@@ -4,6 +4,7 @@
 #include "boxes/BoxTimes.h"
 #include "boxes/Mp4Context.h"
 #include "io/Limits.h"
+#include "io/ScanControl.h"
 
 namespace {
 
@@ -12,6 +13,19 @@ constexpr long long kWidePayload = 96;
 
 bool IsFull(const Mp4Context* context) {
   return context->tracks.size() >= static_cast<std::size_t>(mp4::limits::kMostTracks);
+}
+
+/// The first record with that ID, as SetCurrentTrack, but without a search during an opening.
+void MakeCurrent(Mp4Context* context, std::uint32_t id, mp4::ScanControl* scan) {
+  std::int64_t first = -1;
+  if (scan != nullptr) {
+    mp4::WithoutThrowing([&] { first = scan->NoteTrack(id, context->tracks.size() - 1); });
+  }
+  if (first >= 0) {
+    context->currentTrack = first;
+  } else {
+    context->SetCurrentTrack(static_cast<int>(id));
+  }
 }
 
 }  // namespace
@@ -33,15 +47,15 @@ bool BoxTKHD::ReadData(mmStreamReader* reader, long long size, Mp4Context* conte
   width = reader->GetBe32();
   height = reader->GetBe32();
   reader->Skip(size - (mp4::HasWideTimes(header.version) ? kWidePayload : kPayload));
-  return context == nullptr || Publish(context);
+  return context == nullptr || Publish(context, reader->Scan());
 }
 
-bool BoxTKHD::Publish(Mp4Context* context) const {
+bool BoxTKHD::Publish(Mp4Context* context, mp4::ScanControl* scan) const {
   if (IsFull(context)) return false;
   Mp4Context::TRACK* track = context->AddTrack(static_cast<int>(trackId));
   if (track == nullptr) return false;
   // After a repeated ID an earlier record becomes current; this header's values go to the new one.
-  context->SetCurrentTrack(static_cast<int>(trackId));
+  MakeCurrent(context, trackId, scan);
   track->volume = volume;
   track->width = width;
   track->height = height;

@@ -26,5 +26,5 @@ class MP4JUDGE_API BoxTKHD : public BoxBase {
   std::uint32_t height = 0;  ///< 16.16
 
  private:
-  bool Publish(Mp4Context* context) const;
+  bool Publish(Mp4Context* context, mp4::ScanControl* scan) const;
 };

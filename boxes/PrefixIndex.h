@@ -33,6 +33,7 @@ class PrefixIndex {
   Place Find(const unsigned char* rows, int count, Reached reached) {
     if (count <= 0) return Place{};
     const int last = count - 1;
+    if (HoldsTarget(rows, reached)) return cursor;
     Place at = cursor;
     const bool passed = at.row > 0 && reached(at.before);
     bool found = !passed && Scan(rows, std::min(last, at.row + kStride), reached, &at);
@@ -57,6 +58,13 @@ class PrefixIndex {
 
   static State At(const unsigned char* rows, int row, const State& before) {
     return before.After(rows + static_cast<std::size_t>(row) * State::kRowBytes);
+  }
+
+  /// The row of the last query mostly holds the next target too.
+  template <class Reached>
+  bool HoldsTarget(const unsigned char* rows, Reached reached) const {
+    return (cursor.row == 0 || !reached(cursor.before)) &&
+           reached(At(rows, cursor.row, cursor.before));
   }
 
   /// Moves forward to the row sought, but not past `limit`, which is not looked at.

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <new>
 #include <type_traits>
+#include <vector>
 
 #include "io/Export.h"
 
@@ -13,6 +15,11 @@ namespace mp4 {
 /// Untouched zero bytes from this size on are mapped rather than written: the system's zero pages
 /// serve them.
 constexpr std::size_t kMapZerosFrom = 1024;
+
+/// Asks for huge pages under a large block that is about to be filled: they cost a tenth of the
+/// page faults' time. Whole huge pages inside the block alone are affected, so that it takes no
+/// more memory for it.
+MP4JUDGE_API void PreferHugePages(void* block, std::size_t bytes);
 
 /// `bytes` zero bytes of address space, without memory until written; null on failure.
 MP4JUDGE_API void* MapZeros(std::size_t bytes);
@@ -66,6 +73,23 @@ LazyArray<T> MakeLazyArray(std::size_t count, std::size_t written = 0) {
   const std::size_t bytes = count * sizeof(T);
   void* block = MapZeros(bytes);
   return LazyArray<T>(static_cast<T*>(block), LazyArrayDeleter<T>(block != nullptr ? bytes : 0));
+}
+
+/// Gives `records` exactly `count` elements, those from `first` on made by `load(index)`. Grows
+/// like push_back. Written in blocks that stay in the cache, since new elements are zeroed first.
+template <class T, class Load>
+void FillFrom(std::vector<T>* records, std::size_t first, std::size_t count, Load&& load) {
+  constexpr std::size_t kBlock = 1024;
+  if (records->capacity() < count) {
+    records->reserve(std::max(count, 2 * records->capacity()));
+    PreferHugePages(records->data(), records->capacity() * sizeof(T));
+  }
+  if (records->size() > count) records->resize(count);
+  while (first < count) {
+    const std::size_t end = std::min(count, first + kBlock);
+    if (records->size() < end) records->resize(end);
+    for (; first < end; ++first) (*records)[first] = load(first);
+  }
 }
 
 }  // namespace mp4

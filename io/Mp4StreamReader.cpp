@@ -16,8 +16,9 @@
 namespace {
 
 /// After a jump a small step is read, since the next jump is often near; forward reading doubles
-/// it.
+/// it, over gaps shorter than a step too, but then less far: what lies in gaps is not wanted.
 constexpr std::size_t kSmallestStep = 1024;
+constexpr std::size_t kLargestStepOverGaps = 4096;
 constexpr std::size_t kLargestStep = 16384;
 
 bool IsRandomAccess(int file) {
@@ -64,6 +65,14 @@ bool Mp4StreamReader::NothingThere() const {
   return file < 0 || (scan != nullptr && pos >= scan->sourceSize);
 }
 
+std::size_t Mp4StreamReader::NextStep() const {
+  const long long gap = pos - windowStart - static_cast<long long>(windowLength);
+  const auto step = static_cast<long long>(windowStep);
+  if (windowLength == 0 || gap < 0 || gap >= step) return kSmallestStep;
+  if (gap == 0) return std::min(windowStep * 2, kLargestStep);
+  return std::max(windowStep, std::min(windowStep * 2, kLargestStepOverGaps));
+}
+
 /// Loads the window at the current position; false when there is nothing to read.
 bool Mp4StreamReader::Fill() {
   if (NothingThere()) return false;
@@ -71,9 +80,7 @@ bool Mp4StreamReader::Fill() {
     window.reset(new (std::nothrow) unsigned char[kLargestStep]);
     if (window == nullptr) return false;
   }
-  const bool forward =
-      windowLength > 0 && pos == windowStart + static_cast<long long>(windowLength);
-  windowStep = forward ? std::min(windowStep * 2, kLargestStep) : kSmallestStep;
+  windowStep = NextStep();
   windowStart = pos;
   windowLength = ReadAt(pos, window.get(), windowStep);
   return windowLength > 0;

@@ -42,6 +42,7 @@ class MP4JUDGE_API Mp4StreamReader : public mmStreamReader {
  private:
   void Close();
   bool Fill();
+  std::size_t NextStep() const;
   bool NothingThere() const;
   std::size_t ReadAt(long long offset, void* dst, std::size_t n) const;
 

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <unordered_map>
 
 #include "io/Limits.h"
 
@@ -41,6 +43,16 @@ class ScanControl {
   /// Inflated bytes are counted for the whole opening, however deep the movie is nested.
   bool TakeInflated(std::int64_t n) { return Take(&account->inflated, n); }
 
+  /// Notes that the track record at `place` has this ID and returns the place of the first record
+  /// with it; -1 unless the records before were noted one by one. Spares each track header a search
+  /// among all records. May throw bad_alloc.
+  std::int64_t NoteTrack(std::uint32_t id, std::size_t place) {
+    if (account->tracksNoted != place) return -1;
+    const auto first = account->firstTracks.try_emplace(id, place).first->second;
+    ++account->tracksNoted;
+    return static_cast<std::int64_t>(first);
+  }
+
   /// Size of the source when the opening began.
   const std::int64_t sourceSize;
   /// Sample tables and run entries are passed over as if read, for a caller that only judges.
@@ -53,6 +65,8 @@ class ScanControl {
     std::int64_t memory = limits::kSpareMemory;
     std::int64_t merge = limits::kSpareMerge;
     std::int64_t inflated = 0;
+    std::size_t tracksNoted = 0;
+    std::unordered_map<std::uint32_t, std::size_t> firstTracks;
   };
 
   /// A multiple of the source; a sparse file of exabytes must not overflow it.

@@ -5,10 +5,22 @@
 #include <new>
 #include <utility>
 
+#include "io/LazyArray.h"
+
+namespace {
+
+std::unique_ptr<unsigned char[]> NewBytes(std::size_t n) {
+  std::unique_ptr<unsigned char[]> bytes(new (std::nothrow) unsigned char[n]);
+  if (bytes != nullptr) mp4::PreferHugePages(bytes.get(), n);
+  return bytes;
+}
+
+}  // namespace
+
 mmBuffer::~mmBuffer() = default;
 
 bool mmBuffer::Allocate(std::size_t bytes) {
-  std::unique_ptr<unsigned char[]> fresh(new (std::nothrow) unsigned char[bytes]);
+  auto fresh = NewBytes(bytes);
   if (fresh == nullptr) return false;
   data = std::move(fresh);
   capacity = bytes;
@@ -20,7 +32,7 @@ bool mmBuffer::MakeRoom(std::size_t more) {
   if (capacity - used >= more) return true;
   if (more > SIZE_MAX - used) return false;
   const std::size_t wanted = std::max(capacity + capacity / 2, used + more);
-  std::unique_ptr<unsigned char[]> fresh(new (std::nothrow) unsigned char[wanted]);
+  auto fresh = NewBytes(wanted);
   if (fresh == nullptr) return false;
   if (used > 0) std::memcpy(fresh.get(), data.get(), used);
   data = std::move(fresh);

@@ -24,6 +24,21 @@ class Pair {
   }
 
   void Append() {
+    if (dice.OneIn(3)) {
+      AppendList();
+    } else {
+      AppendOne();
+    }
+  }
+
+  void AppendList() {
+    std::vector<std::uint32_t> sizes(dice.Below(dice.OneIn(4) ? 300 : 9));
+    for (std::uint32_t& size : sizes) size = last = dice.OneIn(3) ? last : Number(&dice, mood);
+    box.AppendEach(sizes.data(), sizes.size());
+    for (const std::uint32_t size : sizes) twin.AppendSize(size);
+  }
+
+  void AppendOne() {
     const bool repeat = dice.OneIn(3);
     const std::uint32_t size = repeat ? last : Number(&dice, mood);
     const std::uint32_t count = dice.OneIn(2) ? 1 : dice.Below(300);

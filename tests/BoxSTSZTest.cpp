@@ -404,6 +404,29 @@ TEST(BoxSTSZ, BulkAppendWrapsLikeSingleAppends) {
   EXPECT_EQ(audio.track->constSampleCount, 2u);
 }
 
+TEST(BoxSTSZ, ListOfSizesEqualsSingleAppends) {
+  OneTrack audio("soun");
+  BoxSTSZ box;
+  ASSERT_TRUE(ReadPayload(&box, StszPayload(0, 0), &audio.context));
+  const std::uint32_t sizes[] = {7, 7, 300, 0x80000000, 5};
+  box.AppendEach(sizes, 0);
+  EXPECT_EQ(box.GetSampleCount(), 0u);
+  box.AppendEach(sizes, 5);
+  ExpectSizes(&box, {7, 7, 300, 0x80000000, 5});
+  ExpectPublished(audio, {300, 0x80000000, 5});
+  EXPECT_EQ(audio.track->maxSampleSize, 300u);
+}
+
+TEST(BoxSTSZ, ListOfSizesWrapsLikeSingleAppends) {
+  BoxSTSZ box;
+  ASSERT_TRUE(ReadPayload(&box, StszPayload(512, 0xFFFFFFFE), nullptr));
+  // 0xFFFFFFFF in constant form, 0 in table form; at 0 the constant form starts again.
+  const std::uint32_t sizes[] = {512, 9, 8, 8, 8};
+  box.AppendEach(sizes, 5);
+  EXPECT_EQ(box.GetSampleCount(), 3u);
+  EXPECT_EQ(box.GetConstantSize(), 8u);
+}
+
 TEST(BoxSTSZ, ZeroSizesNeedRows) {
   BoxSTSZ box;
   EXPECT_FALSE(box.StaysConstant(0));

@@ -3,6 +3,7 @@
 #include "boxes/BoxTKHD.h"
 #include "io/Limits.h"
 #include "io/Mp4StreamReader.h"
+#include "io/ScanControl.h"
 #include "tests/Fixtures.h"
 #include "tests/TrackFixtures.h"
 
@@ -162,6 +163,24 @@ TEST(BoxTKHD, RepeatedIDFillsANewRecordButMakesTheFirstCurrent) {
   EXPECT_EQ(context.GetTrackByIndex(1)->width, kWidth);
   EXPECT_EQ(context.GetTrackByIndex(1)->height, kHeight);
   EXPECT_EQ(context.GetTrackByIndex(1)->volume, 0x0180u);
+}
+
+TEST(BoxTKHD, CurrentRecordIsTheSameDuringAnOpening) {
+  // The first record is not made by a track header of the opening, the others are.
+  for (const int before : {0, 1}) {
+    Mp4Context context;
+    mp4::ScanControl scan(1000);
+    for (int i = 0; i < before; ++i) context.AddTrack(6);
+    for (const int id : {5, 6, 5, 7, 6}) {
+      const Bytes bytes = Tkhd(static_cast<std::uint32_t>(id));
+      mmBufReader reader(bytes.data(), bytes.size());
+      reader.AttachScan(&scan);
+      reader.SetPos(8);
+      BoxTKHD box;
+      ASSERT_TRUE(box.ReadData(&reader, static_cast<long long>(bytes.size()) - 8, &context));
+      EXPECT_EQ(context.GetCurrentTrack(), context.GetTrack(id));
+    }
+  }
 }
 
 TEST(BoxTKHD, ClearKeepsTheFields) {

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <vector>
 
 #include "io/LazyArray.h"
 
@@ -45,6 +46,41 @@ TEST(LazyArray, AnOrdinaryArrayMayTakeItsPlace) {
 
 TEST(LazyArray, FailsWhereThereIsNoAddressSpace) {
   EXPECT_EQ(mp4::MakeLazyArray<unsigned char>(std::size_t{1} << 60), nullptr);
+}
+
+TEST(LazyArray, HugePagesKeepTheBytes) {
+  std::vector<unsigned char> bytes(std::size_t{9} << 20, 0x5A);
+  mp4::PreferHugePages(bytes.data(), bytes.size());
+  mp4::PreferHugePages(bytes.data() + 1, 3);
+  mp4::PreferHugePages(nullptr, 0);
+  for (const unsigned char byte : bytes) ASSERT_EQ(byte, 0x5A);
+}
+
+TEST(LazyArray, FillFromMakesTheElementsFromThereOn) {
+  const auto triple = [](std::size_t i) { return 3 * i; };
+  std::vector<std::size_t> records = {1, 2};
+  mp4::FillFrom(&records, 1, 3000, triple);
+  ASSERT_EQ(records.size(), 3000u);
+  EXPECT_EQ(records[0], 1u);
+  EXPECT_EQ(records[1], 3u);
+  EXPECT_EQ(records[1024], 3072u);
+  EXPECT_EQ(records[2999], 8997u);
+  mp4::FillFrom(&records, 1, 2, triple);
+  EXPECT_EQ(records, (std::vector<std::size_t>{1, 3}));
+  mp4::FillFrom(&records, 0, 0, triple);
+  EXPECT_TRUE(records.empty());
+}
+
+TEST(LazyArray, FillFromOneByOneIsAmortised) {
+  std::vector<int> records;
+  int moves = 0;
+  for (std::size_t n = 1; n <= 100000; ++n) {
+    const int* const before = records.data();
+    mp4::FillFrom(&records, n - 1, n, [](std::size_t i) { return static_cast<int>(i); });
+    moves += records.data() != before ? 1 : 0;
+  }
+  EXPECT_LT(moves, 40);
+  EXPECT_EQ(records[99999], 99999);
 }
 
 TEST(LazyArray, FailsWhereTheBytesCannotBeCounted) {

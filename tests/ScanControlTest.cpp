@@ -26,6 +26,22 @@ TEST(ScanControl, AllowancesGrowWithTheSource) {
   EXPECT_FALSE(scan.TakeInflated(1));
 }
 
+TEST(ScanControl, KnowsTheFirstTrackOfAnID) {
+  mp4::ScanControl scan(0);
+  EXPECT_EQ(scan.NoteTrack(7, 0), 0);
+  EXPECT_EQ(scan.NoteTrack(8, 1), 1);
+  EXPECT_EQ(scan.NoteTrack(7, 2), 0);
+  mp4::ScanControl inner(0, &scan);
+  EXPECT_EQ(inner.NoteTrack(8, 3), 1);
+}
+
+TEST(ScanControl, KnowsNoTrackWhenOneWasNotNoted) {
+  mp4::ScanControl scan(0);
+  EXPECT_EQ(scan.NoteTrack(7, 1), -1);
+  EXPECT_EQ(scan.NoteTrack(7, 0), 0);
+  EXPECT_EQ(scan.NoteTrack(7, 2), -1);
+}
+
 TEST(ScanControl, RefusedChargeSpendsTheRest) {
   mp4::ScanControl scan(0);
   EXPECT_TRUE(scan.TakeBytes(16 * kMiB - 1));
