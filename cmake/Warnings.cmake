@@ -12,3 +12,7 @@ if(MP4JUDGE_SANITIZE)
   add_compile_options(-fsanitize=${MP4JUDGE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${MP4JUDGE_SANITIZE})
 endif()
+if(MP4JUDGE_FUZZ)
+  # What lets libFuzzer see the branches an input takes.
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
