@@ -75,4 +75,13 @@ std::uint64_t FreadAndSum(const std::string& path, std::uint64_t from) {
   return sum;
 }
 
+std::size_t OpenAndReadStart(const std::string& path) {
+  std::FILE* file = std::fopen(path.c_str(), "rb");
+  if (file == nullptr) return 0;
+  unsigned char start[4096];
+  const std::size_t n = std::fread(start, 1, sizeof start, file);
+  std::fclose(file);
+  return n;
+}
+
 }  // namespace bench

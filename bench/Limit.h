@@ -17,4 +17,8 @@ std::uint64_t CountTopLevelBoxes(const std::string& path);
 /// Reads the whole file with fread, 64 KiB at a time, and sums its words: for tables by themselves.
 std::uint64_t FreadAndSum(const std::string& path, std::uint64_t from);
 
+/// Opens the file with fopen and reads its first 4 KiB; what any program that looks into a file
+/// does. Returns the bytes read.
+std::size_t OpenAndReadStart(const std::string& path);
+
 }  // namespace bench

@@ -9,20 +9,7 @@
 namespace {
 
 bench::Shape ShapeOf(int64_t which) {
-  switch (which) {
-    case 0:
-      return bench::Clip();
-    case 1:
-      return bench::LongMovie();
-    case 2:
-      return bench::VariableMovie();
-    case 3:
-      return bench::FourMillion();
-    case 4:
-      return bench::TwoHundredTracks();
-    default:
-      return bench::Fragmented(20000);
-  }
+  return bench::StandardMovies()[static_cast<std::size_t>(which)];
 }
 
 void Headers(benchmark::State& state) {
