@@ -12,7 +12,7 @@ export LC_ALL=C
 source "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/../scripts/setup.sh"
 source "$root/bench/measure.sh"
 
-rounds=7 repeats=201 seconds=0.4 least=0.2 files=10000 sample=100 out=$root
+rounds=${ROUNDS:-7} repeats=201 seconds=0.4 least=0.2 files=10000 sample=100 out=$root
 if [[ ${1:-} == --quick ]]; then
   rounds=1 repeats=3 seconds=0.01 least=0.001 files=200 sample=3 out=$root/build/bench/quick
   shift
@@ -55,5 +55,5 @@ for ((round = 1; round <= rounds; ++round)); do
 done
 measure_calls
 
-python3 "$root/bench/report.py" "$results" "$root" "$out" || exit 2
+python3 -B "$root/bench/report.py" "$results" "$root" "$out" || exit 2
 say "done: $out, after $SECONDS s"
