@@ -36,20 +36,24 @@ std::uint64_t Sum(const unsigned char* bytes, std::size_t n) {
   return sum;
 }
 
+std::unique_ptr<unsigned char[]> Uninitialised(std::size_t n) {
+  return std::unique_ptr<unsigned char[]>(new unsigned char[n]);
+}
+
 constexpr std::uint32_t kMoov = 0x6D6F6F76;
 constexpr std::uint32_t kMoof = 0x6D6F6F66;
 
 }  // namespace
 
-std::uint64_t ReadAndSumMovie(const std::string& path, std::vector<unsigned char>* buffer) {
+std::uint64_t ReadAndSumMovie(const std::string& path, Buffer* buffer) {
   const int file = open(path.c_str(), O_RDONLY);
   std::uint64_t sum = 0;
   Box box;
   for (std::uint64_t at = 0; ReadHeader(file, at, &box); at += box.size) {
     if (box.type != kMoov && box.type != kMoof) continue;
-    if (buffer->size() < box.size) buffer->resize(box.size);
-    const ssize_t n = pread(file, buffer->data(), box.size, static_cast<off_t>(at));
-    if (n > 0) sum += Sum(buffer->data(), static_cast<std::size_t>(n));
+    if (buffer->size < box.size) *buffer = {Uninitialised(box.size), box.size};
+    const ssize_t n = pread(file, buffer->bytes.get(), box.size, static_cast<off_t>(at));
+    if (n > 0) sum += Sum(buffer->bytes.get(), static_cast<std::size_t>(n));
   }
   close(file);
   return sum;
@@ -73,6 +77,15 @@ std::uint64_t FreadAndSum(const std::string& path, std::uint64_t from) {
   for (std::size_t n; (n = std::fread(chunk, 1, sizeof chunk, file)) > 0;) sum += Sum(chunk, n);
   std::fclose(file);
   return sum;
+}
+
+std::size_t OpenAndReadStart(const std::string& path) {
+  std::FILE* file = std::fopen(path.c_str(), "rb");
+  if (file == nullptr) return 0;
+  unsigned char start[4096];
+  const std::size_t n = std::fread(start, 1, sizeof start, file);
+  std::fclose(file);
+  return n;
 }
 
 }  // namespace bench

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -39,18 +40,21 @@ Bytes Ctts(std::uint32_t samples) {
   return BoxOf32("ctts", words);
 }
 
-Bytes BigTrack(std::uint32_t id, bool video, std::uint32_t samples, bool variable) {
+Bytes BigTrack(const Shape& shape, std::uint32_t id, bool video) {
+  const std::uint32_t samples = video ? shape.videoSamples : shape.audioSamples;
+  const std::uint32_t delta = video ? 1000 : 1024;
   Track t;
   t.id = id;
   t.handler = video ? "vide" : "soun";
-  t.format = video ? "avc1" : "mp4a";
+  t.format = video ? "avc1" : shape.audioFormat;
   t.timescale = video ? 60000 : 48000;
-  t.times = {{samples, video ? 1000u : 1024u}};
-  if (variable) {
+  t.times = {{samples, delta}};
+  if (shape.variable) {
     t.times.clear();
     for (std::uint32_t i = 0; i < samples; ++i) t.times.push_back({1, 1000 + i % 2});
   }
   t.chunks = {{1, kSamplesPerChunk}};
+  if (samples == 0) t.times.clear(), t.chunks.clear();
   t.sizes.clear();
   for (std::uint32_t i = 0; i < samples; ++i) t.sizes.push_back(100 + i % 400);
   t.offsets = Offsets(samples, video ? 4096 : 4096 + kChunkBytes);
@@ -64,7 +68,9 @@ Bytes BigTrack(std::uint32_t id, bool video, std::uint32_t samples, bool variabl
     stbl.Append(ctts);
   }
   const Bytes minf = Box("minf", (video ? Vmhd() : Smhd()) + Dinf() + stbl);
-  return Box("trak", Tkhd(id) + Box("mdia", Mdhd(t.timescale) + Hdlr(t.handler) + minf));
+  const std::uint64_t duration = std::uint64_t{samples} * delta;
+  const Bytes media = Mdhd(t.timescale, duration) + Hdlr(t.handler) + minf;
+  return Box("trak", Tkhd(id, duration * 1000 / t.timescale) + Box("mdia", media));
 }
 
 Bytes Fragment(std::uint32_t sequence, std::uint32_t samples) {
@@ -79,15 +85,17 @@ Bytes Fragment(std::uint32_t sequence, std::uint32_t samples) {
 }
 
 Bytes MovieBox(const Shape& shape) {
-  Bytes children = Mvhd(1000, 10000);
+  const std::uint64_t videoMs = shape.videoSamples * 1000ull / 60;
+  const std::uint64_t audioMs = shape.audioSamples * 1024000ull / 48000;
+  Bytes children = Mvhd(1000, std::max(videoMs, audioMs));
   std::uint32_t id = 1;
   for (std::uint32_t i = 0; i < shape.tracks; ++i) {
     const bool fragmented = shape.fragments > 0;
     if (shape.videoSamples > 0 || fragmented) {
-      children.Append(BigTrack(id++, true, shape.videoSamples, shape.variable));
+      children.Append(BigTrack(shape, id++, true));
     }
     if (shape.audioSamples > 0 || fragmented) {
-      children.Append(BigTrack(id++, false, shape.audioSamples, shape.variable));
+      children.Append(BigTrack(shape, id++, false));
     }
   }
   if (shape.fragments > 0) {
@@ -139,14 +147,17 @@ std::string MovieFile(const Shape& shape) {
   mkdir(dir.c_str(), 0777);
   const std::string path = dir + "/" + shape.name + ".mp4";
   struct stat info {};
-  if (stat(path.c_str(), &info) == 0) return path;
+  if (stat(path.c_str(), &info) != 0) WriteMovie(shape, path);
+  return path;
+}
+
+void WriteMovie(const Shape& shape, const std::string& path) {
   const std::string part = path + ".part";
   const int file = open(part.c_str(), O_CREAT | O_TRUNC | O_WRONLY, 0666);
   if (file < 0) Die(part.c_str());
   Generate(shape, file);
   close(file);
   if (std::rename(part.c_str(), path.c_str()) != 0) Die(path.c_str());
-  return path;
 }
 
 Shape Clip() { return {.name = "clip", .videoSamples = 600, .audioSamples = 470}; }
@@ -165,6 +176,11 @@ Shape TwoHundredTracks() {
 
 Shape Fragmented(std::uint32_t count) {
   return {.name = "fragments-" + std::to_string(count), .fragments = count};
+}
+
+std::vector<Shape> StandardMovies() {
+  return {Clip(),        LongMovie(),        VariableMovie(),
+          FourMillion(), TwoHundredTracks(), Fragmented(20000)};
 }
 
 Shape WithSamples(std::uint32_t count, bool variable) {

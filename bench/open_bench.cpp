@@ -9,20 +9,7 @@
 namespace {
 
 bench::Shape ShapeOf(int64_t which) {
-  switch (which) {
-    case 0:
-      return bench::Clip();
-    case 1:
-      return bench::LongMovie();
-    case 2:
-      return bench::VariableMovie();
-    case 3:
-      return bench::FourMillion();
-    case 4:
-      return bench::TwoHundredTracks();
-    default:
-      return bench::Fragmented(20000);
-  }
+  return bench::StandardMovies()[static_cast<std::size_t>(which)];
 }
 
 void Headers(benchmark::State& state) {
@@ -35,7 +22,7 @@ void Headers(benchmark::State& state) {
 void Limit(benchmark::State& state) {
   const bench::Shape shape = ShapeOf(state.range(0));
   const std::string path = bench::MovieFile(shape);
-  std::vector<unsigned char> buffer;
+  bench::Buffer buffer;
   for (auto _ : state) benchmark::DoNotOptimize(bench::ReadAndSumMovie(path, &buffer));
   state.SetLabel(shape.name);
 }
@@ -75,6 +62,17 @@ void InitFragments(benchmark::State& state) {
   state.SetComplexityN(state.range(0));
 }
 
+void JudgeFragments(benchmark::State& state) {
+  const auto count = static_cast<std::uint32_t>(state.range(0));
+  const std::wstring path = bench::Wide(bench::MovieFile(bench::Fragmented(count)));
+  for (auto _ : state) benchmark::DoNotOptimize(JudgeMP4HaveDRM(path.c_str()));
+  state.SetComplexityN(state.range(0));
+}
+
+void FourCounts(benchmark::internal::Benchmark* bench) {
+  for (const int count : {1000, 4000, 16000, 64000}) bench->Arg(count);
+}
+
 }  // namespace
 
 BENCHMARK(Headers)->DenseRange(0, 5);
@@ -82,6 +80,7 @@ BENCHMARK(Limit)->DenseRange(0, 5);
 BENCHMARK(FreadLimit)->DenseRange(1, 3);
 BENCHMARK(Judge)->DenseRange(0, 5);
 BENCHMARK(Init)->DenseRange(0, 5);
-BENCHMARK(InitFragments)->RangeMultiplier(4)->Range(1000, 64000)->Complexity(benchmark::oN);
+BENCHMARK(InitFragments)->Apply(FourCounts)->Complexity(benchmark::oN);
+BENCHMARK(JudgeFragments)->Apply(FourCounts)->Complexity(benchmark::oN);
 
 BENCHMARK_MAIN();
