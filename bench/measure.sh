@@ -77,7 +77,6 @@ rate() {
 }
 
 measure_folder() {
-  local list=$TMPDIR/list
   head -"$sample" "$list" >"$list.sample"
   rate open_read "$files" xargs -a "$list" -n 2500 "$bin/open_read"
   rate mp4judge "$files" xargs -a "$list" -n 2500 "$root/build/bench/bin/mp4judge"
