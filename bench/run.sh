@@ -32,6 +32,7 @@ done
 rm -f "$root/build/bench/build.ninja"
 say "building"
 build bench || exit 2
+[[ -x $root/build/bench/bin/mp4judge ]] || die "the command was not built"
 bin=$root/build/bench/bench
 results=$root/build/bench/results
 rm -rf "$results"

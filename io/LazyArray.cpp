@@ -8,16 +8,17 @@ namespace mp4 {
 
 namespace {
 
-/// What x86 and most others have; where huge pages are larger, nothing comes of the request.
-constexpr std::size_t kHugePage = std::size_t{2} << 20;
+constexpr std::size_t Multiple(std::size_t n, std::size_t unit) {
+  return (n + unit - 1) / unit * unit;
+}
 
 }  // namespace
 
 void PreferHugePages(void* block, std::size_t bytes) {
   if (bytes < kHugePage) return;
 #ifdef MADV_HUGEPAGE
-  const auto start = (reinterpret_cast<std::uintptr_t>(block) + kHugePage - 1) & ~(kHugePage - 1);
-  const auto end = (reinterpret_cast<std::uintptr_t>(block) + bytes) & ~(kHugePage - 1);
+  const auto start = Multiple(reinterpret_cast<std::uintptr_t>(block), kHugePage);
+  const auto end = (reinterpret_cast<std::uintptr_t>(block) + bytes) / kHugePage * kHugePage;
   if (start < end) madvise(reinterpret_cast<void*>(start), end - start, MADV_HUGEPAGE);
 #endif
 }
@@ -26,6 +27,31 @@ void* MapZeros(std::size_t bytes) {
   void* block = mmap(nullptr, bytes, PROT_READ | PROT_WRITE,
                      MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
   return block != MAP_FAILED ? block : nullptr;
+}
+
+void* MapHugePages(std::size_t bytes, std::size_t* mapped) {
+  if (bytes > SIZE_MAX - 2 * kHugePage) return nullptr;
+  const bool fills = bytes % kHugePage >= kMapBytesFrom;
+  *mapped = fills ? Multiple(bytes, kHugePage) : WholePages(bytes);
+  auto* const block = static_cast<char*>(MapZeros(*mapped + kHugePage));
+  if (block == nullptr) return nullptr;
+  // What lies before the first huge page, and as much as is left behind, goes back at once.
+  const auto at = reinterpret_cast<std::uintptr_t>(block);
+  const std::size_t before = Multiple(at, kHugePage) - at;
+  if (before != 0) munmap(block, before);
+  if (before != kHugePage) munmap(block + before + *mapped, kHugePage - before);
+  PreferHugePages(block + before, *mapped);
+  return block + before;
+}
+
+LazyArray<unsigned char> NewBytes(std::size_t count) {
+  if (count < kMapBytesFrom) {
+    return LazyArray<unsigned char>(new (std::nothrow) unsigned char[count]);
+  }
+  std::size_t mapped = 0;
+  auto* const block = static_cast<unsigned char*>(MapHugePages(count, &mapped));
+  if (block == nullptr) return nullptr;
+  return LazyArray<unsigned char>(block, LazyArrayDeleter<unsigned char>(mapped));
 }
 
 void UnmapZeros(void* block, std::size_t bytes) { munmap(block, bytes); }

@@ -6,6 +6,7 @@
 #include <memory>
 #include <new>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "io/Export.h"
@@ -16,6 +17,12 @@ namespace mp4 {
 /// serve them.
 constexpr std::size_t kMapZerosFrom = 1024;
 
+/// What x86 and most others have; where huge pages are larger, nothing comes of asking for them.
+constexpr std::size_t kHugePage = std::size_t{2} << 20;
+
+/// Uninitialised bytes from this size on get a mapping of their own that starts at a huge page.
+constexpr std::size_t kMapBytesFrom = kHugePage / 4 * 3;
+
 /// Asks for huge pages under a large block that is about to be filled: they cost a tenth of the
 /// page faults' time. Whole huge pages inside the block alone are affected, so that it takes no
 /// more memory for it.
@@ -24,6 +31,11 @@ MP4JUDGE_API void PreferHugePages(void* block, std::size_t bytes);
 /// `bytes` zero bytes of address space, without memory until written; null on failure.
 MP4JUDGE_API void* MapZeros(std::size_t bytes);
 MP4JUDGE_API void UnmapZeros(void* block, std::size_t bytes);
+
+/// Address space for `bytes` in huge pages, as far as the system has them; null on failure. The
+/// last one is a huge page too when at least three quarters of it are used. `mapped` receives what
+/// to release.
+MP4JUDGE_API void* MapHugePages(std::size_t bytes, std::size_t* mapped);
 
 /// Bytes of the pages that writing the first `bytes` of a mapped block takes.
 constexpr std::size_t WholePages(std::size_t bytes) { return (bytes + 4095) / 4096 * 4096; }
@@ -44,6 +56,12 @@ struct LazyArrayDeleter {
   LazyArrayDeleter() = default;
   explicit LazyArrayDeleter(std::size_t mapped) : mapped(mapped) {}
   LazyArrayDeleter(std::default_delete<T[]>) {}
+  // A moved-from pointer may be given an ordinary array.
+  LazyArrayDeleter(LazyArrayDeleter&& other) noexcept : mapped(std::exchange(other.mapped, 0)) {}
+  LazyArrayDeleter& operator=(LazyArrayDeleter&& other) noexcept {
+    mapped = std::exchange(other.mapped, 0);
+    return *this;
+  }
 
   void operator()(T* block) {
     if (mapped != 0) {
@@ -74,6 +92,9 @@ LazyArray<T> MakeLazyArray(std::size_t count, std::size_t written = 0) {
   void* block = MapZeros(bytes);
   return LazyArray<T>(static_cast<T*>(block), LazyArrayDeleter<T>(block != nullptr ? bytes : 0));
 }
+
+/// An uninitialised array of `count` bytes; null when there is no memory.
+MP4JUDGE_API LazyArray<unsigned char> NewBytes(std::size_t count);
 
 /// Gives `records` exactly `count` elements, those from `first` on made by `load(index)`. Grows
 /// like push_back. Written in blocks that stay in the cache, since new elements are zeroed first.

@@ -2,25 +2,12 @@
 
 #include <algorithm>
 #include <cstring>
-#include <new>
 #include <utility>
-
-#include "io/LazyArray.h"
-
-namespace {
-
-std::unique_ptr<unsigned char[]> NewBytes(std::size_t n) {
-  std::unique_ptr<unsigned char[]> bytes(new (std::nothrow) unsigned char[n]);
-  if (bytes != nullptr) mp4::PreferHugePages(bytes.get(), n);
-  return bytes;
-}
-
-}  // namespace
 
 mmBuffer::~mmBuffer() = default;
 
 bool mmBuffer::Allocate(std::size_t bytes) {
-  auto fresh = NewBytes(bytes);
+  auto fresh = mp4::NewBytes(bytes);
   if (fresh == nullptr) return false;
   data = std::move(fresh);
   capacity = bytes;
@@ -32,7 +19,7 @@ bool mmBuffer::MakeRoom(std::size_t more) {
   if (capacity - used >= more) return true;
   if (more > SIZE_MAX - used) return false;
   const std::size_t wanted = std::max(capacity + capacity / 2, used + more);
-  auto fresh = NewBytes(wanted);
+  auto fresh = mp4::NewBytes(wanted);
   if (fresh == nullptr) return false;
   if (used > 0) std::memcpy(fresh.get(), data.get(), used);
   data = std::move(fresh);

@@ -2,10 +2,10 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 
 #include "io/ByteOrder.h"
 #include "io/Export.h"
+#include "io/LazyArray.h"
 
 /// An owned, growable byte array: the sample tables keep their rows in one, as the big-endian file
 /// bytes. A read outside the bytes held gives 0; an append that finds no memory changes nothing
@@ -40,7 +40,7 @@ class MP4JUDGE_API mmBuffer {
     return offset >= 0 && offset <= held && n <= held - offset;
   }
 
-  std::unique_ptr<unsigned char[]> data;
+  mp4::LazyArray<unsigned char> data;
   std::size_t capacity = 0;
   std::size_t used = 0;
   std::size_t readPos = 0;

@@ -56,6 +56,42 @@ TEST(LazyArray, HugePagesKeepTheBytes) {
   for (const unsigned char byte : bytes) ASSERT_EQ(byte, 0x5A);
 }
 
+TEST(LazyArray, LargeArraysOfBytesStartAtAHugePage) {
+  constexpr std::size_t kHuge = std::size_t{2} << 20;
+  for (const std::size_t size : {kHuge * 3 / 4, kHuge, kHuge + 1, 3 * kHuge - 1}) {
+    auto bytes = mp4::NewBytes(size);
+    ASSERT_NE(bytes, nullptr) << size;
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(bytes.get()) % kHuge, 0u) << size;
+    bytes[0] = 1;
+    bytes[size - 1] = 2;
+    EXPECT_EQ(bytes[0], 1);
+  }
+}
+
+TEST(LazyArray, LastHugePageOfBytesIsWholeWhenMostlyUsed) {
+  constexpr std::size_t kHuge = std::size_t{2} << 20;
+  EXPECT_EQ(mp4::NewBytes(kHuge * 3 / 4 - 1).get_deleter().mapped, 0u);
+  EXPECT_EQ(mp4::NewBytes(kHuge * 3 / 4).get_deleter().mapped, kHuge);
+  EXPECT_EQ(mp4::NewBytes(kHuge + 4097).get_deleter().mapped, kHuge + 8192);
+  EXPECT_EQ(mp4::NewBytes(2 * kHuge - 4096).get_deleter().mapped, 2 * kHuge);
+}
+
+TEST(LazyArray, BytesFailWhereThereIsNoAddressSpace) {
+  EXPECT_EQ(mp4::NewBytes(std::size_t{1} << 60), nullptr);
+  EXPECT_EQ(mp4::NewBytes(SIZE_MAX), nullptr);
+  EXPECT_EQ(mp4::NewBytes(SIZE_MAX - (std::size_t{4} << 20)), nullptr);
+}
+
+TEST(LazyArray, MovedFromPointersTakeOrdinaryArrays) {
+  auto bytes = mp4::NewBytes(std::size_t{2} << 20);
+  auto owner = std::move(bytes);
+  bytes.reset(new unsigned char[8]);
+  EXPECT_EQ(bytes.get_deleter().mapped, 0u);
+  EXPECT_NE(owner.get_deleter().mapped, 0u);
+  owner = std::make_unique<unsigned char[]>(8);
+  EXPECT_EQ(owner.get_deleter().mapped, 0u);
+}
+
 TEST(LazyArray, FillFromMakesTheElementsFromThereOn) {
   const auto triple = [](std::size_t i) { return 3 * i; };
   std::vector<std::size_t> records = {1, 2};
