@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "boxes/TableBody.h"
+#include "io/BigEndianRows.h"
 #include "io/FourCC.h"
 #include "io/LazyArray.h"
 #include "io/WrapMath.h"
@@ -64,16 +65,9 @@ bool BoxSTSZ::ReadTableForm(mmStreamReader* reader, long long body, std::uint64_
 }
 
 void BoxSTSZ::SumEntries(std::uint64_t* total) {
-  std::uint64_t sum = 0;
-  std::uint32_t largest = 0;
-  const unsigned char* row = entries->data.get();
-  for (std::uint32_t i = 0; i < sampleCount; ++i) {
-    const std::uint32_t size = mp4::LoadBe32(row + i * kRowBytes);
-    largest = std::max(largest, size);
-    sum += size;
-  }
-  largestSize = largest;
-  *total = sum;
+  const mp4::RowTotals totals = mp4::TotalBe32(entries->data.get(), sampleCount);
+  largestSize = totals.largest;
+  *total = totals.sum;
 }
 
 /// QuickTime packetised audio: the box counts single samples, the file holds packets.
@@ -97,8 +91,9 @@ void BoxSTSZ::PublishSizes() {
     return;
   }
   const unsigned char* rows = entries->data.get();
-  mp4::FillFrom(&table, 0, sampleCount,
-                [rows](std::size_t i) { return tagSTSZ{mp4::LoadBe32(rows + i * kRowBytes)}; });
+  mp4::FillFrom(&table, 0, sampleCount, [rows](std::size_t from, std::size_t n, tagSTSZ* out) {
+    mp4::CopyBe32(rows + from * kRowBytes, n, out);
+  });
 }
 
 void BoxSTSZ::PublishTotals(std::uint64_t total) {

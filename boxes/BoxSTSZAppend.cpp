@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 #include "boxes/BoxSTSZ.h"
@@ -99,7 +100,9 @@ bool BoxSTSZ::AppendRows(const std::uint32_t* sizes, std::size_t count) {
     std::vector<tagSTSZ>& table = track->sampleSizeTable;
     const std::size_t before = table.size();
     mp4::FillFrom(&table, before, before + count,
-                  [&](std::size_t i) { return tagSTSZ{sizes[i - before]}; });
+                  [&](std::size_t from, std::size_t n, tagSTSZ* out) {
+                    std::memcpy(out, sizes + (from - before), n * sizeof *out);
+                  });
   });
   if (!published) return false;
   unsigned char* row = entries->data.get() + entries->used;

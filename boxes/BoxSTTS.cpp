@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "boxes/TableBody.h"
+#include "io/BigEndianRows.h"
 #include "io/FourCC.h"
 #include "io/LazyArray.h"
 #include "io/WrapMath.h"
@@ -28,17 +29,10 @@ bool BoxSTTS::ReadData(mmStreamReader* reader, long long size, Mp4Context* conte
 }
 
 void BoxSTTS::SumEntries() {
-  std::uint32_t samples = 0;
-  std::uint64_t duration = 0;
-  const unsigned char* row = entries->data.get();
-  for (std::int32_t i = 0; i < entryCount; ++i, row += kRowBytes) {
-    const std::uint32_t count = mp4::LoadBe32(row);
-    const std::int64_t delta = static_cast<std::int32_t>(mp4::LoadBe32(row + 4));
-    samples += count;
-    duration += static_cast<std::uint64_t>(static_cast<std::int32_t>(count) * delta);
-  }
-  totalSamples = static_cast<std::int32_t>(samples);
-  totalDuration = static_cast<std::int64_t>(duration);
+  const auto rows = static_cast<std::size_t>(std::max(entryCount, 0));
+  const mp4::TimeTotals totals = mp4::TotalTimes(entries->data.get(), rows);
+  totalSamples = static_cast<std::int32_t>(totals.samples);
+  totalDuration = static_cast<std::int64_t>(totals.duration);
 }
 
 void BoxSTTS::CalcAvInfo() {
@@ -105,10 +99,9 @@ void BoxSTTS::PublishEntries() {
     return;
   }
   const unsigned char* rows = entries->data.get();
-  mp4::FillFrom(&table, first, static_cast<std::size_t>(std::max(entryCount, 0)),
-                [rows](std::size_t i) {
-                  const unsigned char* row = rows + i * kRowBytes;
-                  return tagSTTS{mp4::LoadBe32(row), mp4::LoadBe32(row + 4)};
-                });
+  const auto load = [rows](std::size_t from, std::size_t n, tagSTTS* out) {
+    mp4::CopyBe32(rows + from * kRowBytes, 2 * n, out);
+  };
+  mp4::FillFrom(&table, first, static_cast<std::size_t>(std::max(entryCount, 0)), load);
   published = table.size();
 }

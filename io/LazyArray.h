@@ -96,8 +96,9 @@ LazyArray<T> MakeLazyArray(std::size_t count, std::size_t written = 0) {
 /// An uninitialised array of `count` bytes; null when there is no memory.
 MP4JUDGE_API LazyArray<unsigned char> NewBytes(std::size_t count);
 
-/// Gives `records` exactly `count` elements, those from `first` on made by `load(index)`. Grows
-/// like push_back. Written in blocks that stay in the cache, since new elements are zeroed first.
+/// Gives `records` exactly `count` elements, those from `first` on written by `load(from, n, out)`.
+/// Grows like push_back. Written in blocks that stay in the cache, since new elements are zeroed
+/// first.
 template <class T, class Load>
 void FillFrom(std::vector<T>* records, std::size_t first, std::size_t count, Load&& load) {
   constexpr std::size_t kBlock = 1024;
@@ -107,9 +108,10 @@ void FillFrom(std::vector<T>* records, std::size_t first, std::size_t count, Loa
   }
   if (records->size() > count) records->resize(count);
   while (first < count) {
-    const std::size_t end = std::min(count, first + kBlock);
-    if (records->size() < end) records->resize(end);
-    for (; first < end; ++first) (*records)[first] = load(first);
+    const std::size_t n = std::min(count - first, kBlock);
+    if (records->size() < first + n) records->resize(first + n);
+    load(first, n, records->data() + first);
+    first += n;
   }
 }
 

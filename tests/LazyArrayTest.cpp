@@ -93,7 +93,9 @@ TEST(LazyArray, MovedFromPointersTakeOrdinaryArrays) {
 }
 
 TEST(LazyArray, FillFromMakesTheElementsFromThereOn) {
-  const auto triple = [](std::size_t i) { return 3 * i; };
+  const auto triple = [](std::size_t from, std::size_t n, std::size_t* out) {
+    for (std::size_t i = 0; i < n; ++i) out[i] = 3 * (from + i);
+  };
   std::vector<std::size_t> records = {1, 2};
   mp4::FillFrom(&records, 1, 3000, triple);
   ASSERT_EQ(records.size(), 3000u);
@@ -112,7 +114,8 @@ TEST(LazyArray, FillFromOneByOneIsAmortised) {
   int moves = 0;
   for (std::size_t n = 1; n <= 100000; ++n) {
     const int* const before = records.data();
-    mp4::FillFrom(&records, n - 1, n, [](std::size_t i) { return static_cast<int>(i); });
+    mp4::FillFrom(&records, n - 1, n,
+                  [](std::size_t from, std::size_t, int* out) { *out = static_cast<int>(from); });
     moves += records.data() != before ? 1 : 0;
   }
   EXPECT_LT(moves, 40);
