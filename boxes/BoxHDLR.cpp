@@ -5,7 +5,6 @@
 
 #include "boxes/Mp4Context.h"
 #include "io/BulkRead.h"
-#include "io/FourCC.h"
 #include "io/ScanControl.h"
 
 namespace {
@@ -57,5 +56,3 @@ bool BoxHDLR::ReadName(mmStreamReader* reader, long long rest) {
   name[mp4::ReadBytes(reader, name.get(), held, length)] = 0;
   return true;
 }
-
-bool BoxHDLR::IsVideo() { return handlerType == mp4::FourCC("vide"); }

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "boxes/BoxBase.h"
+#include "io/FourCC.h"
 
 /// Handler box "hdlr" (ISO/IEC 14496-12 HandlerBox, QuickTime handler reference), contained in
 /// "mdia". Tells the current track's record what kind of track it is; must precede "minf", whose
@@ -14,7 +15,7 @@ class MP4JUDGE_API BoxHDLR : public BoxBase {
   /// Without a current track nothing is published.
   bool ReadData(mmStreamReader* reader, long long size, Mp4Context* context) override;
   unsigned int GetHandlerType() { return handlerType; }
-  bool IsVideo();
+  bool IsVideo() { return handlerType == mp4::FourCC("vide"); }
 
   std::uint32_t handlerType = 0;
   /// Zero-terminated UTF-8, at most the bytes the source holds. Null below 24 bytes of payload.

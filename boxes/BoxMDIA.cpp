@@ -34,10 +34,6 @@ void BoxMDIA::Clear() {
   mediaInformationBox.reset();
 }
 
-bool BoxMDIA::IsComplete() const {
-  return mediaHeaderBox != nullptr && handlerBox != nullptr && mediaInformationBox != nullptr;
-}
-
 unsigned int BoxMDIA::GetTimescale() {
   return mediaHeaderBox != nullptr ? mediaHeaderBox->GetTimescale() : 1;
 }

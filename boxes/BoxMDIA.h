@@ -36,5 +36,7 @@ class MP4JUDGE_API BoxMDIA : public BoxBase {
   std::unique_ptr<BoxMINF> mediaInformationBox;
 
  private:
-  bool IsComplete() const;
+  bool IsComplete() const {
+    return mediaHeaderBox != nullptr && handlerBox != nullptr && mediaInformationBox != nullptr;
+  }
 };

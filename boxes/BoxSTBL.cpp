@@ -78,11 +78,6 @@ void BoxSTBL::Clear() {
   ready = false;
 }
 
-bool BoxSTBL::HasTables() const {
-  return timeToSampleBox != nullptr && sampleSizeBox != nullptr && sampleToChunkBox != nullptr &&
-         chunkOffsetBox != nullptr;
-}
-
 int BoxSTBL::ReadyToDemux(SAMPLE* /*unused*/) {
   if (sampleDescriptionBox == nullptr || !HasTables()) return 0;
   curTime = 0;

@@ -57,7 +57,10 @@ class MP4JUDGE_API BoxSTBL : public BoxBase {
   std::int64_t curOffset = 0;  ///< in the file; -1 when there is no such chunk
 
  private:
-  bool HasTables() const;
+  bool HasTables() const {
+    return timeToSampleBox != nullptr && sampleSizeBox != nullptr && sampleToChunkBox != nullptr &&
+           chunkOffsetBox != nullptr;
+  }
   void CompleteAudioChunks(mmStreamReader* reader, Mp4Context* context);
   std::int64_t ChunkOffset(std::int32_t chunk) const;
   std::int32_t SeekTarget(long long time);

@@ -74,12 +74,6 @@ unsigned int BoxSTSC::NextSample() {
   return cursor.sample;
 }
 
-unsigned int BoxSTSC::GetCurSampleIndex() { return cursor.sample; }
-
-unsigned int BoxSTSC::GetCurChunkIndex() { return cursor.chunk; }
-
-unsigned int BoxSTSC::GetFirstSampleInCurChunk() { return cursor.firstSample; }
-
 void BoxSTSC::Seek(int sample) {
   const auto target = static_cast<std::uint32_t>(std::max(sample, 0));
   if (cursor.sample > target) ReadyToDemux();

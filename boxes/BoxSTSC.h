@@ -27,9 +27,9 @@ class MP4JUDGE_API BoxSTSC : public BoxBase {
 
   /// Steps to the next sample and returns its index, never a failure code. O(1).
   unsigned int NextSample();
-  unsigned int GetCurSampleIndex();
-  unsigned int GetCurChunkIndex();
-  unsigned int GetFirstSampleInCurChunk();
+  unsigned int GetCurSampleIndex() { return cursor.sample; }
+  unsigned int GetCurChunkIndex() { return cursor.chunk; }
+  unsigned int GetFirstSampleInCurChunk() { return cursor.firstSample; }
 
   /// As stepping to `sample` one by one, from the start when it lies behind; a negative one is 0.
   /// O(log n) in the table's entries, plus one step an entry where none has looked before.

@@ -116,5 +116,3 @@ bool BoxTRAK::ReadyToDemux() {
 }
 
 bool BoxTRAK::Next() { return mediaBox != nullptr && mediaBox->Next(); }
-
-int BoxTRAK::GetTrackID() { return trackHeaderBox != nullptr ? trackHeaderBox->GetTrackID() : 0; }

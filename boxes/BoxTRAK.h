@@ -33,7 +33,7 @@ class MP4JUDGE_API BoxTRAK : public BoxBase {
   /// edit list the result is in other units, see EditedSeekResult. Cost: one step an edit.
   long long Seek(long long time);
   /// 0 without track header.
-  int GetTrackID();
+  int GetTrackID() { return trackHeaderBox != nullptr ? trackHeaderBox->GetTrackID() : 0; }
   /// Always 0: the handler type is in the track's record.
   unsigned int GetHandlerType() { return 0; }
 
