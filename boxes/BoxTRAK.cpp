@@ -67,7 +67,10 @@ bool BoxTRAK::ReadData(mmStreamReader* reader, long long size, Mp4Context* conte
   };
   const bool read = mp4::ReadContainer(reader, size, 0, dispatch);
   const bool published = Publish(context, edits);
-  return published && read && mediaBox != nullptr;
+  const bool complete = published && read && mediaBox != nullptr;
+  // A judgement asks for the records alone and need not hold the boxes of hundreds of tracks.
+  if (mp4::OnlyJudges(reader)) mediaBox.reset();
+  return complete;
 }
 
 void BoxTRAK::Clear() {

@@ -68,8 +68,7 @@ bool BoxTRUN::ReadEntries(mmStreamReader* reader) {
   const long long held = width > 0 ? (bytes + width - 1) / width : 0;
   absentEntries = static_cast<std::uint32_t>(sample_count - held);
   if (!Charge(reader, bytes)) return false;
-  const mp4::ScanControl* scan = reader->Scan();
-  if (scan != nullptr && scan->tablesUnread) {
+  if (mp4::OnlyJudges(reader)) {
     mp4::PassAsRead(reader, claimed);
     return true;
   }

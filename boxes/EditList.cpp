@@ -26,12 +26,6 @@ bool Charge(mmStreamReader* reader, long long bytes) {
   return scan == nullptr || (scan->TakeBytes(bytes) && scan->TakeMemory(bytes * kCopies));
 }
 
-/// Edits cannot change a judgement.
-bool IsUnread(mmStreamReader* reader) {
-  const mp4::ScanControl* scan = reader->Scan();
-  return scan != nullptr && scan->tablesUnread;
-}
-
 void ReadEntries(mmStreamReader* reader, std::size_t count, std::vector<tagElstItem>* edits) {
   unsigned char entries[kEntriesPerRead * kEntrySize];
   for (std::size_t done = 0; done < count;) {
@@ -53,7 +47,8 @@ bool mp4::ReadEditList(mmStreamReader* reader, std::vector<tagElstItem>* edits) 
   if (declared <= 0) return true;
   const long long exist = std::min<long long>(declared, Remaining(reader) / kWidth);
   const bool afforded = Charge(reader, exist * kWidth);
-  if (!afforded || IsUnread(reader)) {
+  // Edits cannot change a judgement.
+  if (!afforded || OnlyJudges(reader)) {
     PassAsRead(reader, declared * kWidth);
     return afforded;
   }

@@ -1,6 +1,7 @@
 #include "demux/Mp4Demux.h"
 
 #include "boxes/BoxReading.h"
+#include "io/BulkRead.h"
 #include "io/FourCC.h"
 #include "io/Limits.h"
 #include "io/Mp4StreamReader.h"
@@ -153,7 +154,7 @@ bool Mp4Demux::ReadFragment(long long payload) {
   if (!reader->Scan()->TakeMemory(mp4::kCollectedBoxMemory)) return false;
   auto fragment = std::make_unique<BoxMOOF>();
   if (!fragment->ReadData(reader.get(), payload, nullptr)) return false;
-  if (reader->Scan()->tablesUnread) return true;
+  if (mp4::OnlyJudges(reader.get())) return true;
   fragment->MergeFragment(context.get(), movieBox.get());
   fragments.push_back(std::move(fragment));
   return true;

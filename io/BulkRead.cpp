@@ -58,6 +58,11 @@ void PassAsRead(mmStreamReader* reader, long long n) {
   if (outside > 0 && AdvancesPastEnd(reader)) reader->Skip(outside - 1);
 }
 
+bool OnlyJudges(mmStreamReader* reader) {
+  const ScanControl* scan = reader->Scan();
+  return scan != nullptr && scan->tablesUnread;
+}
+
 std::size_t ReadBytes(mmStreamReader* reader, void* dst, std::size_t capacity, long long n) {
   if (n <= 0) return 0;
   auto* out = static_cast<unsigned char*>(dst);
@@ -76,8 +81,7 @@ bool ReadTable(mmStreamReader* reader, long long n, std::size_t entrySize,
   const long long held = std::min(std::max(n, 0LL), Remaining(reader));
   auto buffer = std::unique_ptr<mmBuffer>(new (std::nothrow) mmBuffer);
   const bool afforded = Charge(reader, held, kTableCharge);
-  const ScanControl* scan = reader->Scan();
-  const bool unread = scan != nullptr && scan->tablesUnread;
+  const bool unread = OnlyJudges(reader);
   const auto room = std::max(unread ? 0 : static_cast<std::size_t>(held), kSmallestTable);
   if (!afforded || buffer == nullptr || !buffer->Allocate(room)) {
     PassAsRead(reader, n);

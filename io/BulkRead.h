@@ -17,6 +17,9 @@ MP4JUDGE_API long long Remaining(mmStreamReader* reader);
 /// Moves on as if `n` bytes had been read: a file stops at its end, memory always advances.
 MP4JUDGE_API void PassAsRead(mmStreamReader* reader, long long n);
 
+/// Whether the opening in progress only judges: tables and run entries are passed over as if read.
+MP4JUDGE_API bool OnlyJudges(mmStreamReader* reader);
+
 /// Reads min(n, capacity) bytes to `dst`, passes over the rest of `n` as if read, and returns the
 /// bytes delivered. Zeros fill what the source does not hold of the first min(n, capacity).
 MP4JUDGE_API std::size_t ReadBytes(mmStreamReader* reader, void* dst, std::size_t capacity,

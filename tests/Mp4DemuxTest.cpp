@@ -257,4 +257,5 @@ TEST(Mp4Demux, JudgingOpensTheSameFilesWithTheSameRecords) {
   EXPECT_EQ(demux.GetContext()->GetTrackByIndex(0)->format, mp4::FourCC("avc1"));
   EXPECT_EQ(demux.GetContext()->GetTrackByIndex(1)->format, mp4::FourCC("drms"));
   EXPECT_TRUE(demux.fragments.empty());
+  EXPECT_EQ(demux.movieBox->tracks.at(2)->mediaBox, nullptr);
 }
