@@ -17,9 +17,11 @@ constexpr std::size_t Multiple(std::size_t n, std::size_t unit) {
 void PreferHugePages(void* block, std::size_t bytes) {
   if (bytes < kHugePage) return;
 #ifdef MADV_HUGEPAGE
-  const auto start = Multiple(reinterpret_cast<std::uintptr_t>(block), kHugePage);
-  const auto end = (reinterpret_cast<std::uintptr_t>(block) + bytes) / kHugePage * kHugePage;
-  if (start < end) madvise(reinterpret_cast<void*>(start), end - start, MADV_HUGEPAGE);
+  const auto at = reinterpret_cast<std::uintptr_t>(block);
+  const std::size_t before = Multiple(at, kHugePage) - at;
+  if (bytes < before + kHugePage) return;
+  const std::size_t whole = (bytes - before) / kHugePage * kHugePage;
+  madvise(static_cast<char*>(block) + before, whole, MADV_HUGEPAGE);
 #endif
 }
 
@@ -39,7 +41,7 @@ void* MapHugePages(std::size_t bytes, std::size_t* mapped) {
   const auto at = reinterpret_cast<std::uintptr_t>(block);
   const std::size_t before = Multiple(at, kHugePage) - at;
   if (before != 0) munmap(block, before);
-  if (before != kHugePage) munmap(block + before + *mapped, kHugePage - before);
+  munmap(block + before + *mapped, kHugePage - before);
   PreferHugePages(block + before, *mapped);
   return block + before;
 }

@@ -12,8 +12,10 @@
 namespace reference_cursor {
 
 using reference::Add64;
+using reference::Div32;
 using reference::Div64;
 using reference::Sub64;
+using reference::Wrap32;
 
 /// The sample-to-chunk cursor, over the bytes of the table.
 struct SampleToChunk {
@@ -47,7 +49,7 @@ struct SampleToChunk {
     entry = 0;
     pos = 0;
     chunk = Word() - 1;
-    samplesInChunk = reference::Div32(static_cast<std::int32_t>(Word()), divisor);
+    samplesInChunk = Div32(static_cast<std::int32_t>(Word()), divisor);
     pos += 4;
     nextRun = 0;
     if (bytes.size() >= 24) nextRun = Word() - 1;
@@ -59,12 +61,12 @@ struct SampleToChunk {
     ++chunk;
     first = sample;
     if (chunk != nextRun) return sample;
-    if (entry >= reference::Wrap32(std::int64_t{count} - 1)) return sample;
+    if (entry >= Wrap32(std::int64_t{count} - 1)) return sample;
     ++entry;
     samplesInChunk = static_cast<std::int32_t>(Word());
     pos += 4;
     if (bytes.size() >= pos + 12) nextRun = Word() - 1;
-    samplesInChunk = reference::Div32(samplesInChunk, divisor);
+    samplesInChunk = Div32(samplesInChunk, divisor);
     return sample;
   }
 
