@@ -41,8 +41,6 @@ def load(results):
             elif name == "RandomSeek":
                 row = "RandomSeek " + ("video" if args[1] == "1" else "audio")
                 figures["walk", row, SHAPES[int(args[0])]].append(time)
-            else:
-                figures["fragments", name, int(args[0])].append(time)
     return figures
 
 

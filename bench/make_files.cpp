@@ -1,5 +1,6 @@
 // The files that are measured:
 //   make_files movies             makes the six standard movies and prints "NAME PATH" for each
+//   make_files fragments          makes movies of fragments and prints "COUNT PATH" for each
 //   make_files folder DIR COUNT   makes COUNT small files of several kinds in DIR
 #include <cstdint>
 #include <cstdio>
@@ -13,6 +14,13 @@ namespace {
 int MakeMovies() {
   for (const bench::Shape& shape : bench::StandardMovies()) {
     std::printf("%s %s\n", shape.name.c_str(), bench::MovieFile(shape).c_str());
+  }
+  return 0;
+}
+
+int MakeFragments() {
+  for (const std::uint32_t count : {1000, 4000, 16000, 64000}) {
+    std::printf("%u %s\n", count, bench::MovieFile(bench::Fragmented(count)).c_str());
   }
   return 0;
 }
@@ -48,9 +56,10 @@ int MakeFolder(const std::string& dir, std::uint32_t count) {
 int main(int argc, char** argv) {
   const std::string what = argc > 1 ? argv[1] : "";
   if (what == "movies" && argc == 2) return MakeMovies();
+  if (what == "fragments" && argc == 2) return MakeFragments();
   if (what == "folder" && argc == 4) {
     return MakeFolder(argv[2], static_cast<std::uint32_t>(std::atoi(argv[3])));
   }
-  std::fprintf(stderr, "usage: make_files movies | make_files folder DIR COUNT\n");
+  std::fprintf(stderr, "usage: make_files movies | fragments | folder DIR COUNT\n");
   return 2;
 }

@@ -46,6 +46,7 @@ if [[ ! $list -nt $bin/make_files ]]; then
   rm -rf "$TMPDIR"
   mkdir -p "$TMPDIR/folder" || exit 2
   { "$bin/make_files" movies >"$TMPDIR/movies" &&
+    "$bin/make_files" fragments >"$TMPDIR/fragments" &&
     "$bin/make_files" folder "$TMPDIR/folder" "$files" &&
     find "$TMPDIR/folder" -type f | sort >"$list"; } || die "the files could not be made"
 fi
@@ -55,6 +56,7 @@ for ((round = 1; round <= rounds; ++round)); do
   say "round $round of $rounds"
   measure_opening
   measure_walking
+  measure_fragments
   measure_memory
   measure_folder
 done

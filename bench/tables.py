@@ -33,9 +33,9 @@ def ratios(r):
 def fragments(r):
     counts = [1000, 4000, 16000, 64000]
     def row(name, label):
-        return [label] + [show(r.median("fragments", name, n), 1e-3 / n) for n in counts]
+        return [label] + [show(r.median("fragments", name, str(n)), 1e3 / n) for n in counts]
     return markdown(["µs a fragment"] + [f"{n:,}" for n in counts],
-                    [row("JudgeFragments", "judging"), row("InitFragments", "`Init`")])
+                    [row("judge", "judging"), row("init", "`Init`")])
 
 
 def walking(r):
