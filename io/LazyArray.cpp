@@ -33,8 +33,8 @@ void* MapZeros(std::size_t bytes) {
 
 void* MapHugePages(std::size_t bytes, std::size_t* mapped) {
   if (bytes > SIZE_MAX - 2 * kHugePage) return nullptr;
-  const bool fills = bytes % kHugePage >= kMapBytesFrom;
-  *mapped = fills ? Multiple(bytes, kHugePage) : WholePages(bytes);
+  const std::size_t whole = Multiple(bytes, kHugePage);
+  *mapped = whole - bytes <= bytes / 2 ? whole : WholePages(bytes);
   auto* const block = static_cast<char*>(MapZeros(*mapped + kHugePage));
   if (block == nullptr) return nullptr;
   // What lies before the first huge page, and as much as is left behind, goes back at once.

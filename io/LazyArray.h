@@ -33,8 +33,8 @@ MP4JUDGE_API void* MapZeros(std::size_t bytes);
 MP4JUDGE_API void UnmapZeros(void* block, std::size_t bytes);
 
 /// Address space for `bytes` in huge pages, as far as the system has them; null on failure. The
-/// last one is a huge page too when at least three quarters of it are used. `mapped` receives what
-/// to release.
+/// last one is a huge page too unless that takes more than half as much again. `mapped` receives
+/// what to release.
 MP4JUDGE_API void* MapHugePages(std::size_t bytes, std::size_t* mapped);
 
 /// Bytes of the pages that writing the first `bytes` of a mapped block takes.

@@ -68,11 +68,12 @@ TEST(LazyArray, LargeArraysOfBytesStartAtAHugePage) {
   }
 }
 
-TEST(LazyArray, LastHugePageOfBytesIsWholeWhenMostlyUsed) {
+TEST(LazyArray, LastHugePageOfBytesIsWholeUnlessThatTakesHalfAsMuchAgain) {
   constexpr std::size_t kHuge = std::size_t{2} << 20;
   EXPECT_EQ(mp4::NewBytes(kHuge * 3 / 4 - 1).get_deleter().mapped, 0u);
   EXPECT_EQ(mp4::NewBytes(kHuge * 3 / 4).get_deleter().mapped, kHuge);
   EXPECT_EQ(mp4::NewBytes(kHuge + 4097).get_deleter().mapped, kHuge + 8192);
+  EXPECT_EQ(mp4::NewBytes(2 * kHuge + 4097).get_deleter().mapped, 3 * kHuge);
   EXPECT_EQ(mp4::NewBytes(2 * kHuge - 4096).get_deleter().mapped, 2 * kHuge);
 }
 
