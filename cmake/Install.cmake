@@ -1,6 +1,7 @@
 # Headers, both libraries and a package that find_package(mp4judge) finds.
 include(CMakePackageConfigHelpers)
-foreach(floor io codecs platform boxes demux)
+foreach(floor io codecs platform boxes/base boxes/tables boxes/description boxes/userdata boxes/track
+    boxes/movie boxes/fragments demux)
   file(GLOB headers CONFIGURE_DEPENDS ${floor}/*.h)
   install(FILES ${headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/mp4judge/${floor})
 endforeach()

@@ -2,7 +2,7 @@
 find_package(ZLIB REQUIRED)
 
 file(GLOB MP4JUDGE_SOURCES CONFIGURE_DEPENDS
-  io/*.cpp codecs/*.cpp platform/*.cpp boxes/*.cpp demux/*.cpp inspect/*.cpp)
+  io/*.cpp codecs/*.cpp platform/*.cpp boxes/*/*.cpp demux/*.cpp inspect/*.cpp)
 
 add_library(mp4judge_objects OBJECT ${MP4JUDGE_SOURCES})
 set_target_properties(mp4judge_objects PROPERTIES

@@ -1,6 +1,6 @@
 #include "demux/FileInfoInterface.h"
 
-#include "boxes/Mp4Context.h"
+#include "boxes/base/Mp4Context.h"
 #include "demux/Mp4Demux.h"
 #include "demux/Verdict.h"
 #include "io/FourCC.h"

@@ -1,6 +1,6 @@
 #include "demux/Mp4Demux.h"
 
-#include "boxes/BoxReading.h"
+#include "boxes/base/BoxReading.h"
 #include "io/BulkRead.h"
 #include "io/FourCC.h"
 #include "io/Limits.h"

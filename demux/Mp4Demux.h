@@ -4,11 +4,11 @@
 #include <memory>
 #include <vector>
 
-#include "boxes/BoxBase.h"
-#include "boxes/BoxFTYP.h"
-#include "boxes/BoxMOOF.h"
-#include "boxes/BoxMOOV.h"
-#include "boxes/Mp4Context.h"
+#include "boxes/base/BoxBase.h"
+#include "boxes/base/Mp4Context.h"
+#include "boxes/fragments/BoxMOOF.h"
+#include "boxes/movie/BoxFTYP.h"
+#include "boxes/movie/BoxMOOV.h"
 #include "io/Export.h"
 #include "io/LazyArray.h"
 #include "io/mmStreamReader.h"

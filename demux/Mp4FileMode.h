@@ -1,6 +1,6 @@
 #pragma once
 
-#include "boxes/FileMode.h"
+#include "boxes/base/FileMode.h"
 #include "io/Export.h"
 
 /// One row per file mode, for people and file dialogs.

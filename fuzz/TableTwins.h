@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "boxes/BoxSTBL.h"
-#include "boxes/Mp4Context.h"
+#include "boxes/base/Mp4Context.h"
+#include "boxes/track/BoxSTBL.h"
 #include "fuzz/FuzzBytes.h"
 #include "tests/Bytes.h"
 #include "tests/ReferenceCursor.h"

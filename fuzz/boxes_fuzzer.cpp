@@ -2,10 +2,10 @@
 #include <cstdint>
 #include <memory>
 
-#include "boxes/BoxCMOV.h"
-#include "boxes/BoxFTYP.h"
-#include "boxes/BoxMOOF.h"
-#include "boxes/BoxMOOV.h"
+#include "boxes/fragments/BoxMOOF.h"
+#include "boxes/movie/BoxCMOV.h"
+#include "boxes/movie/BoxFTYP.h"
+#include "boxes/movie/BoxMOOV.h"
 #include "fuzz/BoxMutator.h"
 #include "io/ScanControl.h"
 #include "io/mmBufReader.h"

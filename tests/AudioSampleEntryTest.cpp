@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "boxes/BoxSTSD.h"
+#include "boxes/description/BoxSTSD.h"
 #include "io/ScanControl.h"
 #include "tests/SampleEntries.h"
 

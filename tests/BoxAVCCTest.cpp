@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "boxes/BoxAVCC.h"
+#include "boxes/description/BoxAVCC.h"
 #include "io/ScanControl.h"
 #include "tests/SampleEntries.h"
 

@@ -4,8 +4,8 @@
 #include <type_traits>
 #include <vector>
 
-#include "boxes/BoxBase.h"
-#include "boxes/BoxReading.h"
+#include "boxes/base/BoxBase.h"
+#include "boxes/base/BoxReading.h"
 #include "io/FourCC.h"
 #include "tests/Bytes.h"
 #include "tests/Fixtures.h"

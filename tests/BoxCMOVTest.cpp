@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "boxes/BoxCMOV.h"
+#include "boxes/movie/BoxCMOV.h"
 #include "io/Limits.h"
 #include "io/Mp4StreamReader.h"
 #include "io/ScanControl.h"

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "boxes/BoxESDS.h"
+#include "boxes/description/BoxESDS.h"
 #include "io/ScanControl.h"
 #include "tests/SampleEntries.h"
 

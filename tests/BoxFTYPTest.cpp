@@ -3,8 +3,8 @@
 #include <string>
 #include <utility>
 
-#include "boxes/BoxFTYP.h"
-#include "boxes/Mp4Context.h"
+#include "boxes/base/Mp4Context.h"
+#include "boxes/movie/BoxFTYP.h"
 #include "io/Mp4StreamReader.h"
 #include "tests/Bytes.h"
 #include "tests/Fixtures.h"

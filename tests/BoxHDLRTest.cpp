@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "boxes/BoxHDLR.h"
+#include "boxes/track/BoxHDLR.h"
 #include "io/Limits.h"
 #include "io/Mp4StreamReader.h"
 #include "io/ScanControl.h"

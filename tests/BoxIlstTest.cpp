@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "boxes/BoxIlst.h"
+#include "boxes/userdata/BoxIlst.h"
 #include "io/mmBufReader.h"
 #include "tests/MetadataFixtures.h"
 

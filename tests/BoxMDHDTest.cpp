@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "boxes/BoxMDHD.h"
+#include "boxes/track/BoxMDHD.h"
 #include "io/Mp4StreamReader.h"
 #include "tests/Fixtures.h"
 #include "tests/TrackFixtures.h"

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "boxes/BoxMDIA.h"
+#include "boxes/track/BoxMDIA.h"
 #include "tests/TrackFixtures.h"
 
 using fixture::Outcome;

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "boxes/BoxMEHD.h"
+#include "boxes/movie/BoxMEHD.h"
 #include "tests/FragmentFixtures.h"
 
 namespace {

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "boxes/BoxMFHD.h"
+#include "boxes/fragments/BoxMFHD.h"
 #include "tests/FragmentFixtures.h"
 
 namespace {

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "boxes/BoxMINF.h"
+#include "boxes/track/BoxMINF.h"
 #include "tests/TrackFixtures.h"
 
 using fixture::Outcome;

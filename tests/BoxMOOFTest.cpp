@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "boxes/BoxMOOF.h"
+#include "boxes/fragments/BoxMOOF.h"
 #include "tests/FragmentFixtures.h"
 
 namespace {

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "boxes/BoxMOOV.h"
+#include "boxes/movie/BoxMOOV.h"
 #include "tests/Bytes.h"
 #include "tests/Fixtures.h"
 #include "tests/MovieFixtures.h"

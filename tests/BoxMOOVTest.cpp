@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "boxes/BoxMOOV.h"
+#include "boxes/movie/BoxMOOV.h"
 #include "io/ScanControl.h"
 #include "tests/Bytes.h"
 #include "tests/Fixtures.h"

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "boxes/BoxMVEX.h"
+#include "boxes/movie/BoxMVEX.h"
 #include "tests/FragmentFixtures.h"
 
 namespace {

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "boxes/BoxMVHD.h"
-#include "boxes/Mp4Context.h"
+#include "boxes/base/Mp4Context.h"
+#include "boxes/movie/BoxMVHD.h"
 #include "io/Mp4StreamReader.h"
 #include "tests/Bytes.h"
 #include "tests/Fixtures.h"

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "boxes/BoxMeta.h"
+#include "boxes/userdata/BoxMeta.h"
 #include "io/mmBufReader.h"
 #include "tests/MetadataFixtures.h"
 

@@ -2,7 +2,7 @@
 
 #include <random>
 
-#include "boxes/BoxSTBL.h"
+#include "boxes/track/BoxSTBL.h"
 #include "tests/ReferenceCursor.h"
 #include "tests/TableFixtures.h"
 

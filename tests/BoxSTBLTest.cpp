@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "boxes/BoxSTBL.h"
+#include "boxes/track/BoxSTBL.h"
 #include "io/Mp4StreamReader.h"
 #include "io/ScanControl.h"
 #include "tests/Fixtures.h"

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "boxes/BoxSTCO.h"
+#include "boxes/tables/BoxSTCO.h"
 #include "io/Mp4StreamReader.h"
 #include "io/ScanControl.h"
 #include "tests/Fixtures.h"

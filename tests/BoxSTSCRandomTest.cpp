@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <random>
 
-#include "boxes/BoxSTSC.h"
+#include "boxes/tables/BoxSTSC.h"
 #include "tests/ReferenceCursor.h"
 #include "tests/TableFixtures.h"
 

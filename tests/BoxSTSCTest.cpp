@@ -2,7 +2,7 @@
 
 #include <tuple>
 
-#include "boxes/BoxSTSC.h"
+#include "boxes/tables/BoxSTSC.h"
 #include "io/Mp4StreamReader.h"
 #include "tests/Fixtures.h"
 #include "tests/TableFixtures.h"

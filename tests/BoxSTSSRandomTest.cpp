@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "boxes/BoxSTSS.h"
+#include "boxes/tables/BoxSTSS.h"
 #include "tests/RandomTables.h"
 
 namespace {

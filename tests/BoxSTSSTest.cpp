@@ -2,7 +2,7 @@
 
 #include <climits>
 
-#include "boxes/BoxSTSS.h"
+#include "boxes/tables/BoxSTSS.h"
 #include "io/ScanControl.h"
 #include "tests/EntryTables.h"
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "boxes/BoxSTSZ.h"
+#include "boxes/tables/BoxSTSZ.h"
 #include "tests/RandomTables.h"
 
 namespace {

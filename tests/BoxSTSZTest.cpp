@@ -2,7 +2,7 @@
 
 #include <climits>
 
-#include "boxes/BoxSTSZ.h"
+#include "boxes/tables/BoxSTSZ.h"
 #include "io/ScanControl.h"
 #include "tests/EntryTables.h"
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "boxes/BoxSTTS.h"
+#include "boxes/tables/BoxSTTS.h"
 #include "tests/RandomTables.h"
 
 namespace {

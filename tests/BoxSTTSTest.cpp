@@ -2,7 +2,7 @@
 
 #include <climits>
 
-#include "boxes/BoxSTTS.h"
+#include "boxes/tables/BoxSTTS.h"
 #include "io/ScanControl.h"
 #include "tests/EntryTables.h"
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "boxes/BoxTFHD.h"
+#include "boxes/fragments/BoxTFHD.h"
 #include "tests/FragmentFixtures.h"
 
 namespace {

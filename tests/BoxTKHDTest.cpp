@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "boxes/BoxTKHD.h"
+#include "boxes/track/BoxTKHD.h"
 #include "io/Limits.h"
 #include "io/Mp4StreamReader.h"
 #include "io/ScanControl.h"

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "boxes/BoxTRAF.h"
+#include "boxes/fragments/BoxTRAF.h"
 #include "tests/FragmentFixtures.h"
 
 namespace {

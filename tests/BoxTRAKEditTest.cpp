@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <limits>
 
-#include "boxes/BoxTRAK.h"
+#include "boxes/track/BoxTRAK.h"
 #include "tests/TrackFixtures.h"
 
 using fixture::HandMadeTrack;

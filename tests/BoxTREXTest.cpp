@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "boxes/BoxTREX.h"
+#include "boxes/movie/BoxTREX.h"
 #include "io/Mp4StreamReader.h"
 #include "tests/Fixtures.h"
 #include "tests/FragmentFixtures.h"

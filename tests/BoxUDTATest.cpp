@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "boxes/BoxUDTA.h"
+#include "boxes/userdata/BoxUDTA.h"
 #include "io/Mp4StreamReader.h"
 #include "io/mmBufReader.h"
 #include "tests/Fixtures.h"

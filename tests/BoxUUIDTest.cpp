@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "boxes/BoxUUID.h"
+#include "boxes/base/BoxUUID.h"
 #include "io/mmBufReader.h"
 #include "tests/Bytes.h"
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "boxes/BoxWAVE.h"
+#include "boxes/description/BoxWAVE.h"
 #include "io/ScanControl.h"
 #include "tests/SampleEntries.h"
 

@@ -4,9 +4,9 @@
 #include <memory>
 #include <vector>
 
-#include "boxes/BoxMOOF.h"
-#include "boxes/BoxMOOV.h"
-#include "boxes/Mp4Context.h"
+#include "boxes/base/Mp4Context.h"
+#include "boxes/fragments/BoxMOOF.h"
+#include "boxes/movie/BoxMOOV.h"
 #include "io/FourCC.h"
 #include "io/ScanControl.h"
 #include "io/mmBufReader.h"

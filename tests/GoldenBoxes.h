@@ -5,13 +5,13 @@
 #include <string>
 #include <vector>
 
-#include "boxes/BoxCMOV.h"
-#include "boxes/BoxEDTS.h"
-#include "boxes/BoxFTYP.h"
-#include "boxes/BoxMDAT.h"
-#include "boxes/BoxMOOF.h"
-#include "boxes/BoxMOOV.h"
-#include "boxes/BoxUUID.h"
+#include "boxes/base/BoxUUID.h"
+#include "boxes/fragments/BoxMOOF.h"
+#include "boxes/movie/BoxCMOV.h"
+#include "boxes/movie/BoxFTYP.h"
+#include "boxes/movie/BoxMDAT.h"
+#include "boxes/movie/BoxMOOV.h"
+#include "boxes/track/BoxEDTS.h"
 #include "io/FourCC.h"
 #include "tests/MovieFixtures.h"
 

@@ -2,7 +2,7 @@
 
 #include <climits>
 
-#include "boxes/BoxSTSD.h"
+#include "boxes/description/BoxSTSD.h"
 
 namespace {
 

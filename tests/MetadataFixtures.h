@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "boxes/Mp4Context.h"
+#include "boxes/base/Mp4Context.h"
 #include "tests/Bytes.h"
 
 /// Body of a QuickTime text item: text length, language code, text.

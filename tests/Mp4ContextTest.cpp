@@ -4,7 +4,7 @@
 #include <cstring>
 #include <type_traits>
 
-#include "boxes/Mp4Context.h"
+#include "boxes/base/Mp4Context.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
-#include "boxes/BoxDINF.h"
-#include "boxes/BoxEDTS.h"
-#include "boxes/BoxMDAT.h"
-#include "boxes/BoxSMHD.h"
-#include "boxes/BoxVMHD.h"
+#include "boxes/movie/BoxMDAT.h"
+#include "boxes/track/BoxDINF.h"
+#include "boxes/track/BoxEDTS.h"
+#include "boxes/track/BoxSMHD.h"
+#include "boxes/track/BoxVMHD.h"
 #include "tests/TrackFixtures.h"
 
 template <class Passed>

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "boxes/SampleRecords.h"
+#include "boxes/base/SampleRecords.h"
 #include "io/ByteOrder.h"
 #include "tests/ReferenceTables.h"
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "boxes/Mp4Context.h"
+#include "boxes/base/Mp4Context.h"
 #include "io/FourCC.h"
 #include "io/Mp4StreamReader.h"
 #include "io/mmBufReader.h"

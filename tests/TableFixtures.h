@@ -4,9 +4,9 @@
 #include <initializer_list>
 #include <vector>
 
-#include "boxes/BoxSTCO.h"
-#include "boxes/BoxSTSC.h"
-#include "boxes/Mp4Context.h"
+#include "boxes/base/Mp4Context.h"
+#include "boxes/tables/BoxSTCO.h"
+#include "boxes/tables/BoxSTSC.h"
 #include "io/FourCC.h"
 #include "io/mmBufReader.h"
 #include "tests/Bytes.h"

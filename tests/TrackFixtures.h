@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "boxes/BoxTRAK.h"
+#include "boxes/track/BoxTRAK.h"
 #include "io/mmBufReader.h"
 #include "tests/Bytes.h"
 #include "tests/MovieFixtures.h"

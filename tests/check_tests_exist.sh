@@ -3,7 +3,7 @@
 set -euo pipefail
 cd "$1"
 failed=0
-for header in io/mm*.h io/Mp4StreamReader.h codecs/*.h boxes/Box*.h boxes/Mp4Context.h demux/*.h; do
+for header in io/mm*.h io/Mp4StreamReader.h codecs/*.h boxes/*/Box*.h boxes/base/Mp4Context.h demux/*.h; do
   name=$(basename "$header" .h)
   [[ -f ${header%.h}.cpp ]] || continue
   grep -qE "(^|[^A-Za-z])$name([^A-Za-z]|$)" tests/*Test.cpp && continue

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <string>
 
-#include "boxes/BoxMOOF.h"
+#include "boxes/fragments/BoxMOOF.h"
 #include "demux/FileInfoInterface.h"
 #include "demux/Mp4Demux.h"
 #include "io/mmBufReader.h"

@@ -1,7 +1,0 @@
-#pragma once
-
-#include "boxes/BoxBase.h"
-
-/// Data information box "dinf" (ISO/IEC 14496-12 DataInformationBox), contained in "minf":
-/// passes over its payload.
-class MP4JUDGE_API BoxDINF : public BoxBase {};

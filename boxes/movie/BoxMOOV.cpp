@@ -1,0 +1,88 @@
+#include "boxes/movie/BoxMOOV.h"
+
+#include <utility>
+
+#include "boxes/base/BoxReading.h"
+#include "boxes/movie/BoxCMOV.h"
+#include "io/FourCC.h"
+#include "io/Limits.h"
+#include "io/ScanControl.h"
+#include "io/WrapMath.h"
+
+bool BoxMOOV::ReadData(mmStreamReader* reader, long long size, Mp4Context* context) {
+  if (reader == nullptr) return false;
+  finished = 0;
+  const long long total = reader->GetSize();
+  if (total < 0 || size < 1) {
+    if (size >= 0) reader->Skip(size);
+    return HasHeaderAndTracks();
+  }
+  long long longestTrack = -1;
+  const mp4::WalkEnd end = mp4::WalkChildren(
+      reader, size, 0, mp4::UnknownChild::kSkip,
+      [&](const mp4::ChildHeader& child) {
+        return ReadChild(reader, child, context, &longestTrack);
+      },
+      total);
+  // The longest edited track, not the movie header, is how long the movie lasts.
+  if (longestTrack > 0 && context != nullptr) context->SetDuration(longestTrack);
+  if (end.consumed <= size) reader->Skip(mp4::WrapSub(size, end.consumed));
+  return !end.failed && HasHeaderAndTracks();
+}
+
+mp4::Child BoxMOOV::ReadChild(mmStreamReader* reader, const mp4::ChildHeader& child,
+                              Mp4Context* context, long long* longestTrack) {
+  switch (child.type) {
+    case mp4::FourCC("udta"):
+      return mp4::ReadReused(&userDataBox, reader, child, context);
+    case mp4::FourCC("mvhd"):
+      return mp4::ReadReplacing(&movieHeaderBox, reader, child, context);
+    case mp4::FourCC("trak"):
+      return ReadTrack(reader, child, context, longestTrack);
+    case mp4::FourCC("cmov"):
+      return ReadCompressed(reader, child, context);
+    case mp4::FourCC("mvex"):
+      return mp4::ReadReused(&movieExtendsBox, reader, child, nullptr);
+    default:
+      return mp4::Child::kUnknown;
+  }
+}
+
+mp4::Child BoxMOOV::ReadTrack(mmStreamReader* reader, const mp4::ChildHeader& child,
+                              Mp4Context* context, long long* longestTrack) {
+  auto track = std::make_unique<BoxTRAK>();
+  const bool read = track->ReadData(reader, child.payload, context);
+  // The duration and the track count even when the track failed.
+  const long long duration = track->editDuration;
+  if (duration >= 1 && duration >= *longestTrack) *longestTrack = duration;
+  const int id = track->GetTrackID();
+  if (id != 0) tracks[id] = std::move(track);
+  return read ? mp4::Child::kRead : mp4::Child::kFailed;
+}
+
+mp4::Child BoxMOOV::ReadCompressed(mmStreamReader* reader, const mp4::ChildHeader& child,
+                                   Mp4Context* context) {
+  if (compressedDepth >= mp4::limits::kDeepestCompressedMovie) {
+    reader->Skip(child.payload);
+    return mp4::Child::kFailed;
+  }
+  BoxCMOV compressed;
+  if (!compressed.ReadData(reader, child.payload, context)) return mp4::Child::kFailed;
+  mmBufReader* movie = compressed.GetMOOVDataStream();
+  mp4::ScanControl scan(movie->GetSize(), reader->Scan());
+  if (reader->Scan() != nullptr) movie->AttachScan(&scan);
+  const std::uint32_t innerSize = movie->GetBe32();
+  movie->GetLe32();  // its type, which is not looked at
+  ++compressedDepth;
+  // A movie that fails inside does not fail the box that held it compressed.
+  ReadData(movie, mp4::Truncate32(static_cast<std::int64_t>(innerSize) - 8), context);
+  --compressedDepth;
+  return mp4::Child::kRead;
+}
+
+void BoxMOOV::Clear() {
+  movieHeaderBox.reset();
+  tracks.clear();
+  movieExtendsBox.reset();
+  userDataBox.reset();
+}

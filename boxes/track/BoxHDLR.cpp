@@ -1,0 +1,58 @@
+#include "boxes/track/BoxHDLR.h"
+
+#include <algorithm>
+#include <new>
+
+#include "boxes/base/Mp4Context.h"
+#include "io/BulkRead.h"
+#include "io/ScanControl.h"
+
+namespace {
+
+constexpr long long kSmallestPayload = 4;
+/// Payload bytes before the name.
+constexpr long long kNameStart = 24;
+
+/// A QuickTime name starts with a byte that counts exactly the rest of the box; an MP4 name is the
+/// whole rest, its first byte included. The byte read to tell them apart is handed back by a seek.
+long long NameLength(mmStreamReader* reader, long long rest) {
+  if (reader->GetByte() == rest - 1) return rest - 1;
+  reader->Skip(-1);
+  return rest;
+}
+
+bool Charge(mmStreamReader* reader, long long bytes) {
+  mp4::ScanControl* scan = reader->Scan();
+  return scan == nullptr || (scan->TakeBytes(bytes) && scan->TakeMemory(bytes));
+}
+
+}  // namespace
+
+bool BoxHDLR::ReadData(mmStreamReader* reader, long long size, Mp4Context* context) {
+  if (reader == nullptr || size < kSmallestPayload) return false;
+  reader->Skip(4);    // version and flags
+  reader->GetLe32();  // QuickTime component type
+  handlerType = reader->GetLe32();
+  reader->Skip(12);  // reserved
+  name.reset();
+  if (!ReadName(reader, size - kNameStart)) return false;
+  if (Mp4Context::TRACK* track = mp4::CurrentTrack(context)) track->handlerType = handlerType;
+  return true;
+}
+
+bool BoxHDLR::ReadName(mmStreamReader* reader, long long rest) {
+  if (rest < 0) {
+    reader->Skip(rest);
+    return true;
+  }
+  const long long length = NameLength(reader, rest);
+  const long long exists = std::min(length, mp4::Remaining(reader));
+  const auto held = static_cast<std::size_t>(exists);
+  if (Charge(reader, exists)) name.reset(new (std::nothrow) char[held + 1]);
+  if (name == nullptr) {
+    mp4::PassAsRead(reader, length);
+    return false;
+  }
+  name[mp4::ReadBytes(reader, name.get(), held, length)] = 0;
+  return true;
+}

@@ -1,0 +1,121 @@
+#include "boxes/track/BoxTRAK.h"
+
+#include "boxes/base/BoxReading.h"
+#include "boxes/track/EditList.h"
+#include "io/BulkRead.h"
+#include "io/FourCC.h"
+#include "platform/ZR_Log.h"
+
+namespace {
+
+constexpr long long kSmallestPayload = 4;
+/// An edit box of this size, header included, is empty and not read.
+constexpr long long kEmptyBox = 8;
+
+/// What hosts see in their log when no track header came before the end of a track.
+constexpr wchar_t kNoCurrentTrack[] =
+    L"BoxTRAK LINE: 173: pTrack = context->GetCurrentTrack() !;pTrack == NULL";
+
+/// Passes over the IDs of the first reference box inside "tref" as if read. Its own size counts,
+/// not the one of "tref", and nothing realigns the reader afterwards; hosts count on what follows.
+void PassOverReferences(mmStreamReader* reader) {
+  const long long payload = static_cast<long long>(reader->GetBe32()) - 8;
+  reader->GetLe32();  // type
+  if (payload >= 4) mp4::PassAsRead(reader, payload / 4 * 4);
+}
+
+/// A single edit from the start of the media is dropped on purpose: such tracks iterate without
+/// correction, although their duration is the edited one.
+bool IsTrivial(const std::vector<tagElstItem>& edits) {
+  return edits.size() == 1 && edits.front().mediaTime == 0;
+}
+
+std::int64_t TotalDuration(const std::vector<tagElstItem>& edits) {
+  std::int64_t total = 0;
+  for (const tagElstItem& edit : edits) total += edit.segmentDuration;
+  return total;
+}
+
+}  // namespace
+
+BoxTRAK::~BoxTRAK() { Clear(); }
+
+bool BoxTRAK::ReadData(mmStreamReader* reader, long long size, Mp4Context* context) {
+  if (reader == nullptr || size < kSmallestPayload) return false;
+  Clear();
+  std::vector<tagElstItem> edits;
+  const auto readEdits = [&](const mp4::ChildHeader& child) {
+    if (child.size == kEmptyBox) return mp4::Child::kRead;
+    if (!mp4::ReadEditList(reader, &edits)) return mp4::Child::kFailed;
+    if (context != nullptr) movieTimescale = context->GetTimescale();
+    return mp4::Child::kRead;
+  };
+  const auto dispatch = [&](const mp4::ChildHeader& child) {
+    switch (child.type) {
+      case mp4::FourCC("mdia"):
+        return mp4::ReadReplacing(&mediaBox, reader, child, context);
+      case mp4::FourCC("tkhd"):
+        return mp4::ReadReused(&trackHeaderBox, reader, child, context);
+      case mp4::FourCC("edts"):
+        return readEdits(child);
+      case mp4::FourCC("tref"):
+        PassOverReferences(reader);
+        return mp4::Child::kRead;
+      default:
+        return mp4::Child::kUnknown;
+    }
+  };
+  const bool read = mp4::ReadContainer(reader, size, 0, dispatch);
+  const bool published = Publish(context, edits);
+  const bool complete = published && read && mediaBox != nullptr;
+  // A judgement asks for the records alone and need not hold the boxes of hundreds of tracks.
+  if (mp4::OnlyJudges(reader)) mediaBox.reset();
+  return complete;
+}
+
+void BoxTRAK::Clear() {
+  trackHeaderBox.reset();
+  mediaBox.reset();
+  DropSample();
+}
+
+void BoxTRAK::DropSample() {
+  if (sample != nullptr) delete[] sample->data;
+  sample.reset();
+}
+
+bool BoxTRAK::Publish(Mp4Context* context, const std::vector<tagElstItem>& edits) {
+  Mp4Context::TRACK* track = mp4::CurrentTrack(context);
+  if (track == nullptr) {
+    ZRLogEx(kNoCurrentTrack);
+    return true;
+  }
+  format = track->format;
+  if (edits.empty()) return true;
+  const bool kept = IsTrivial(edits) || KeepEdits(track, edits);
+  track->movieTimescale = context->GetTimescale();
+  editDuration = TotalDuration(edits);
+  track->duration =
+      mp4::WrapDiv(mp4::WrapMul(track->timescale, editDuration), track->movieTimescale);
+  return kept;
+}
+
+bool BoxTRAK::KeepEdits(Mp4Context::TRACK* track, const std::vector<tagElstItem>& edits) {
+  editSum = {};
+  return mp4::WithoutThrowing([&] {
+    editList = edits;
+    hasEditList = 1;
+    track->editList = edits;
+    track->hasEditList = 1;
+  });
+}
+
+bool BoxTRAK::ReadyToDemux() {
+  if (trackHeaderBox == nullptr || mediaBox == nullptr) return false;
+  DropSample();
+  if (!mp4::WithoutThrowing([&] { sample = std::make_unique<SAMPLE>(); })) return false;
+  sample->trackId = static_cast<std::uint32_t>(GetTrackID());
+  return mediaBox->ReadyToDemux(sample.get());
+}
+
+bool BoxTRAK::Next() { return mediaBox != nullptr && mediaBox->Next(); }
