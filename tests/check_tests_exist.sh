@@ -6,7 +6,7 @@ failed=0
 for header in io/mm*.h io/Mp4StreamReader.h codecs/*.h boxes/*/Box*.h boxes/base/Mp4Context.h demux/*.h; do
   name=$(basename "$header" .h)
   [[ -f ${header%.h}.cpp ]] || continue
-  grep -qE "(^|[^A-Za-z])$name([^A-Za-z]|$)" tests/*Test.cpp && continue
+  grep -rqE "(^|[^A-Za-z])$name([^A-Za-z]|$)" tests --include="*Test.cpp" && continue
   echo "no test mentions $name"
   failed=1
 done
