@@ -4,32 +4,77 @@ set -euo pipefail
 check=$(dirname "${BASH_SOURCE[0]}")/check_includes.sh
 tree=$(mktemp -d)
 trap 'rm -rf "$tree"' EXIT
-mkdir "$tree"/{io,codecs,platform,boxes,demux,tools,tests}
-touch "$tree"/{io/A.h,codecs/C.h,platform/P.h,demux/D.h,tests/Bytes.h}
+for room in io codecs platform boxes/{base,tables,description,userdata,track,movie,fragments,cellar} \
+  demux iso inspect samples include/mp4judge door tools bindings tests; do
+  mkdir -p "$tree/$room"
+  touch "$tree/$room/A.h"
+done
 
 # accepts FOLDER HEADER / rejects FOLDER HEADER: a file in FOLDER that includes HEADER.
 probe() {
-  echo "#include \"$2\"" >"$tree/$1/Probe.h"
+  echo "#include $2" >"$tree/$1/Probe.h"
   local result=0
   bash "$check" "$tree" >"$tree/log" || result=1
   rm "$tree/$1/Probe.h"
   return $result
 }
-accepts() { probe "$@" || { echo "FAILED: $1 should reach $2"; exit 1; }; }
+accepts() { probe "$1" "\"$2\"" || { echo "FAILED: $1 should reach $2"; cat "$tree/log"; exit 1; }; }
 rejects() {
-  ! probe "$@" || { echo "FAILED: $1 reached $2"; exit 1; }
+  ! probe "$1" "\"$2\"" || { echo "FAILED: $1 reached $2"; exit 1; }
   grep -q "$1/Probe.h:1:" "$tree/log" || { echo "FAILED: the place is not named"; exit 1; }
 }
 
-accepts boxes io/A.h
-accepts boxes codecs/C.h
-accepts demux demux/D.h
-accepts tools demux/D.h
+# Down the floors, and inside a room.
+accepts codecs io/A.h
 accepts platform io/A.h
-rejects io codecs/C.h
-rejects io demux/D.h
-rejects boxes demux/D.h
-rejects codecs platform/P.h
-rejects boxes tests/Bytes.h
-rejects boxes io/Missing.h
+accepts boxes/base io/A.h
+accepts boxes/description codecs/A.h
+accepts demux demux/A.h
+accepts iso io/A.h
+accepts inspect iso/A.h
+accepts samples iso/A.h
+accepts door mp4judge/A.h
+accepts door demux/A.h
+accepts door inspect/A.h
+accepts tools mp4judge/A.h
+accepts bindings mp4judge/A.h
+probe tools "<mp4judge/A.h>" || { echo "FAILED: tools should reach <mp4judge/A.h>"; exit 1; }
+
+# Up, sideways, out of the house.
+rejects io codecs/A.h
+rejects io demux/A.h
+rejects codecs platform/A.h
+rejects boxes/movie demux/A.h
+rejects demux door/A.h
+rejects inspect samples/A.h
+rejects door tools/A.h
+rejects boxes/base tests/A.h
+rejects boxes/base io/Missing.h
+rejects door mp4judge/Missing.h
 rejects io A.h
+! probe io "<mp4judge/A.h>" || { echo "FAILED: io reached <mp4judge/A.h>"; exit 1; }
+
+# The rooms of the boxes go down as the floors do.
+rooms=(base tables track movie fragments)
+for ((i = 0; i < ${#rooms[@]}; i++)); do
+  for ((k = 0; k < ${#rooms[@]}; k++)); do
+    if ((k <= i)); then verdict=accepts; else verdict=rejects; fi
+    $verdict "boxes/${rooms[i]}" "boxes/${rooms[k]}/A.h"
+  done
+done
+rejects boxes/tables boxes/description/A.h
+rejects boxes/description boxes/userdata/A.h
+rejects boxes/userdata boxes/tables/A.h
+rejects boxes/cellar io/A.h
+rejects boxes/track boxes/cellar/A.h
+
+# Never from wing to wing, whatever the floor.
+rejects demux iso/A.h
+rejects boxes/fragments iso/A.h
+rejects inspect boxes/base/A.h
+rejects samples boxes/tables/A.h
+rejects iso boxes/base/A.h
+
+# Public headers stand alone.
+accepts include/mp4judge mp4judge/A.h
+rejects include/mp4judge io/A.h
