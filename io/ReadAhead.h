@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstddef>
+
+namespace mp4 {
+
+/// How far a slow source is read ahead. The first piece holds a movie box of 64 KiB behind any
+/// usual file type box; later ones follow jumps over media data, behind which little is wanted.
+constexpr std::size_t kFirstSlowRead = std::size_t{68} << 10;
+constexpr std::size_t kNextSlowRead = std::size_t{16} << 10;
+
+/// How far a quick source is read ahead: a little after a jump, since the next jump is often near;
+/// twice as far with each read that goes on forward.
+constexpr std::size_t kFirstQuickRead = 1024;
+constexpr std::size_t kLargestQuickRead = std::size_t{16} << 10;
+
+}  // namespace mp4
