@@ -3,7 +3,8 @@
 set -euo pipefail
 cd "$1"
 folders=()
-for folder in io codecs platform boxes demux inspect tools bindings tests examples bench fuzz; do
+for folder in io codecs platform boxes demux iso inspect samples include door tools bindings tests \
+  examples bench fuzz; do
   [[ ! -d $folder ]] || folders+=("$folder")
 done
 find "${folders[@]}" -type f \( -name '*.h' -o -name '*.c' -o -name '*.cpp' \) -print0 |
