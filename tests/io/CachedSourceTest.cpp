@@ -1,0 +1,113 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <vector>
+
+#include "io/CachedSource.h"
+#include "io/CallbackSource.h"
+#include "io/FileSource.h"
+#include "io/RangeSource.h"
+#include "tests/Fixtures.h"
+#include "tests/SourceFixtures.h"
+
+TEST(CachedSource, ShowsBytesInPlaceAndReadsFew) {
+  const Bytes bytes = Counting(100000);
+  const TempFile file(bytes);
+  const auto below = mp4::FileSource::Open(file.path().c_str(), nullptr);
+  mp4::CachedSource source(below.get());
+  const unsigned char* view = source.View(0, 16);
+  ASSERT_NE(view, nullptr);
+  EXPECT_EQ(view[15], 15);
+  EXPECT_NE(source.View(1000, 24), nullptr);
+  EXPECT_EQ(source.Reads(), 1u);
+  EXPECT_EQ(source.BytesRead(), 1024u);
+  // Going on forward doubles the step; a jump starts small again.
+  EXPECT_NE(source.View(1024, 1), nullptr);
+  EXPECT_EQ(source.BytesRead(), 1024u + 2048);
+  EXPECT_NE(source.View(50000, 1), nullptr);
+  EXPECT_EQ(source.BytesRead(), 1024u + 2048 + 1024);
+  // Going back costs nothing.
+  EXPECT_NE(source.View(10, 100), nullptr);
+  EXPECT_EQ(source.Reads(), 3u);
+}
+
+TEST(CachedSource, AViewHasAllItsBytesOrIsNull) {
+  const Bytes bytes = Counting(100);
+  const TempFile file(bytes);
+  const auto below = mp4::FileSource::Open(file.path().c_str(), nullptr);
+  mp4::CachedSource source(below.get());
+  EXPECT_NE(source.View(90, 10), nullptr);
+  EXPECT_EQ(source.View(90, 11), nullptr);
+  EXPECT_NE(source.View(100, 0), nullptr);
+  EXPECT_EQ(source.View(101, 0), nullptr);
+  EXPECT_FALSE(source.Failed());
+}
+
+TEST(CachedSource, AViewAcrossTwoPiecesIsReadAnew) {
+  const Bytes bytes = Counting(5000);
+  const TempFile file(bytes);
+  const auto below = mp4::FileSource::Open(file.path().c_str(), nullptr);
+  mp4::CachedSource source(below.get());
+  ASSERT_NE(source.View(0, 1), nullptr);
+  const unsigned char* view = source.View(1020, 8);
+  ASSERT_NE(view, nullptr);
+  EXPECT_EQ(std::memcmp(view, bytes.data() + 1020, 8), 0);
+}
+
+TEST(CachedSource, TheLargestViewAndOneMore) {
+  const Bytes bytes = Counting(70000);
+  Caller caller{bytes};
+  mp4::CallbackSource below(Caller::Read, Caller::Size, &caller);
+  mp4::CachedSource source(&below);
+  EXPECT_NE(source.View(0, 65536), nullptr);
+  EXPECT_EQ(source.View(0, 65537), nullptr);
+}
+
+TEST(CachedSource, ASlowSourceIsReadInLargePieces) {
+  Caller caller{Counting(300000)};
+  mp4::CallbackSource below(Caller::Read, Caller::Size, &caller);
+  mp4::CachedSource source(&below);
+  for (std::uint64_t at = 0; at < 69000; at += 100) ASSERT_NE(source.View(at, 100), nullptr);
+  EXPECT_EQ(caller.calls, 1);
+  EXPECT_NE(source.View(200000, 8), nullptr);
+  EXPECT_EQ(caller.calls, 2);
+}
+
+TEST(CachedSource, FailuresBelowAreItsOwn) {
+  Caller caller{Counting(300000)};
+  caller.failFrom = 100000;
+  mp4::CallbackSource below(Caller::Read, Caller::Size, &caller);
+  mp4::CachedSource source(&below);
+  EXPECT_NE(source.View(10, 10), nullptr);
+  EXPECT_FALSE(source.Failed());
+  EXPECT_EQ(source.View(200000, 10), nullptr);
+  EXPECT_EQ(source.Trouble().error, -5);
+}
+
+TEST(CachedSource, OfRangesNeedsOnlyWhatIsWanted) {
+  const Bytes bytes = Counting(100000);
+  mp4::RangeSource below(bytes.size());
+  below.Add(0, bytes.data(), 100);
+  below.Add(100, bytes.data() + 100, 100);
+  mp4::CachedSource source(&below);
+  EXPECT_NE(source.View(90, 20), nullptr);
+  EXPECT_FALSE(source.Failed());
+  EXPECT_EQ(source.View(190, 20), nullptr);
+  EXPECT_EQ(source.Trouble().offset, 200u);
+}
+
+TEST(CachedSource, ReadingDeliversTheSameBytesInAnyOrder) {
+  const Bytes bytes = Counting(400000);
+  const TempFile file(bytes);
+  const auto below = mp4::FileSource::Open(file.path().c_str(), nullptr);
+  mp4::CachedSource source(below.get());
+  std::vector<unsigned char> got(40000);
+  std::uint64_t at = 1;
+  for (int i = 0; i < 200; ++i) {
+    at = (at * 48271 + 11) % 400000;
+    const std::size_t n = static_cast<std::size_t>(at * 7 % 40000);
+    const std::size_t there = std::min<std::size_t>(n, 400000 - at);
+    ASSERT_EQ(source.ReadAt(at, got.data(), n), there);
+    ASSERT_EQ(std::memcmp(got.data(), bytes.data() + at, there), 0);
+  }
+}
