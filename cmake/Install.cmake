@@ -5,7 +5,8 @@ foreach(floor io codecs platform boxes/base boxes/tables boxes/description boxes
   file(GLOB headers CONFIGURE_DEPENDS ${floor}/*.h)
   install(FILES ${headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/mp4judge/${floor})
 endforeach()
-install(TARGETS mp4judge_shared mp4judge_static EXPORT mp4judge)
+install(FILES include/mp4judge/mp4judge.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/mp4judge)
+install(TARGETS mp4judge_library EXPORT mp4judge)
 install(EXPORT mp4judge NAMESPACE mp4judge:: FILE mp4judge-targets.cmake
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/mp4judge)
 configure_package_config_file(cmake/mp4judge-config.cmake.in mp4judge-config.cmake

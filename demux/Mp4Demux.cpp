@@ -4,7 +4,6 @@
 #include "io/BulkRead.h"
 #include "io/FourCC.h"
 #include "io/Limits.h"
-#include "io/Mp4StreamReader.h"
 #include "io/ScanControl.h"
 
 namespace {
@@ -52,16 +51,29 @@ bool Mp4Demux::Init(const wchar_t* path) { return Open(path, Purpose::kDemux); }
 
 bool Mp4Demux::InitForJudgement(const wchar_t* path) { return Open(path, Purpose::kJudge); }
 
+bool Mp4Demux::InitForJudgement(std::unique_ptr<Mp4StreamReader> file) {
+  Uninit();
+  return file != nullptr && Open(std::move(file), Purpose::kJudge);
+}
+
 bool Mp4Demux::Open(const wchar_t* path, Purpose purpose) {
   Uninit();
   if (path == nullptr) return false;
   bool opened = false;
   mp4::WithoutThrowing([&] {
     auto file = std::make_unique<Mp4StreamReader>();
+    // A file that does not open has size 0 and fails like a short one.
+    file->SetFilePath(path);
+    opened = Open(std::move(file), purpose);
+  });
+  return opened;
+}
+
+bool Mp4Demux::Open(std::unique_ptr<Mp4StreamReader> file, Purpose purpose) {
+  bool opened = false;
+  mp4::WithoutThrowing([&] {
     Mp4StreamReader* source = file.get();
     reader = std::move(file);
-    // A file that does not open has size 0 and fails like a short one.
-    source->SetFilePath(path);
     const long long fileSize = source->GetSize();
     context = std::make_unique<Mp4Context>();
     if (fileSize < mp4::limits::kSmallestFile) return;

@@ -82,6 +82,23 @@ TEST(JudgeMP4HaveDRM, ProtectedTrackInACompressedMovieIsFound) {
   EXPECT_EQ(Judge(Box("moov", Cmov(Moov({song})))), 1);
 }
 
+TEST(InitForJudgement, TakesAReaderWhoseFileIsSet) {
+  const TempFile song(FileWith("soun", "drms"));
+  auto reader = std::make_unique<Mp4StreamReader>();
+  ASSERT_TRUE(reader->SetFileName(song.path().c_str()));
+  Mp4Demux demux;
+  EXPECT_TRUE(demux.InitForJudgement(std::move(reader)));
+  EXPECT_TRUE(mp4::HasProtectedTrack(demux.GetContext()));
+}
+
+TEST(InitForJudgement, DropsAnEarlierFileWithoutAReader) {
+  const TempFile song(FileWith("soun", "drms"));
+  Mp4Demux demux;
+  ASSERT_TRUE(demux.InitForJudgement(song.wide().c_str()));
+  EXPECT_FALSE(demux.InitForJudgement(std::unique_ptr<Mp4StreamReader>()));
+  EXPECT_EQ(demux.GetContext(), nullptr);
+}
+
 TEST(JudgeFile, TellsUnreadableFromClear) {
   const TempFile clear(FileWith("soun", "mp4a"));
   const TempFile song(FileWith("soun", "drms"));
