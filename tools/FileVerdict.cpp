@@ -6,13 +6,12 @@
 
 #include <cerrno>
 #include <cstring>
-#include <optional>
-
-#include "io/Limits.h"
-#include "io/Utf8Path.h"
-#include "tools/WidePath.h"
+#include <utility>
 
 namespace {
+
+/// A shorter file is no movie file at all.
+constexpr int kSmallestFile = 20;
 
 std::string SystemReason() { return std::strerror(errno); }
 
@@ -31,8 +30,8 @@ std::string Obstacle(const std::string& path) {
   if (S_ISDIR(info.st_mode)) return "is a directory";
   if (!S_ISREG(info.st_mode)) return "not a regular file";
   if (!Opens(path)) return SystemReason();
-  if (info.st_size < mp4::limits::kSmallestFile) {
-    return "shorter than " + std::to_string(mp4::limits::kSmallestFile) + " bytes";
+  if (info.st_size < kSmallestFile) {
+    return "shorter than " + std::to_string(kSmallestFile) + " bytes";
   }
   return {};
 }
@@ -40,20 +39,11 @@ std::string Obstacle(const std::string& path) {
 }  // namespace
 
 FileVerdict JudgeNamedFile(const std::string& path) {
-  const auto unreadable = [](std::string reason) {
-    return FileVerdict{mp4::Verdict::kUnreadable, std::move(reason)};
-  };
   std::string obstacle = Obstacle(path);
-  if (!obstacle.empty()) return unreadable(std::move(obstacle));
-  const std::optional<std::wstring> wide = WidePath(path);
-  if (!wide) return unreadable("the name is not valid UTF-8");
-  // The library would cut a longer name short and judge another file.
-  if (path.size() > mp4::kPathLimit) {
-    return unreadable("the name is longer than " + std::to_string(mp4::kPathLimit) + " bytes");
+  if (!obstacle.empty()) return {MP4JUDGE_HOST_UNREADABLE, std::move(obstacle)};
+  const mp4judge_host_answer answer = mp4judge_host_judge(path.c_str());
+  if (answer == MP4JUDGE_HOST_UNREADABLE) {
+    return {answer, "not a movie file: no readable movie box"};
   }
-  const mp4::Verdict verdict = mp4::JudgeFile(wide->c_str());
-  if (verdict == mp4::Verdict::kUnreadable) {
-    return unreadable("not a movie file: no readable movie box");
-  }
-  return {verdict, {}};
+  return {answer, {}};
 }

@@ -2,11 +2,11 @@
 
 #include <string>
 
-#include "demux/Verdict.h"
+#include "mp4judge/mp4judge.h"
 
 /// What the tool says about one file.
 struct FileVerdict {
-  mp4::Verdict verdict;
+  mp4judge_host_answer verdict;
   std::string reason;  ///< why it is unreadable; empty otherwise
 };
 

@@ -39,20 +39,20 @@ std::string Printable(const std::string& name) {
 
 std::string Describe(const FileVerdict& found) {
   switch (found.verdict) {
-    case mp4::Verdict::kClear:
+    case MP4JUDGE_HOST_CLEAR:
       return "clear";
-    case mp4::Verdict::kProtected:
+    case MP4JUDGE_HOST_PROTECTED:
       return "protected";
     default:
       return "unreadable (" + found.reason + ")";
   }
 }
 
-ExitCode CodeOf(mp4::Verdict verdict) {
+ExitCode CodeOf(mp4judge_host_answer verdict) {
   switch (verdict) {
-    case mp4::Verdict::kClear:
+    case MP4JUDGE_HOST_CLEAR:
       return kAllClear;
-    case mp4::Verdict::kProtected:
+    case MP4JUDGE_HOST_PROTECTED:
       return kOneProtected;
     default:
       return kTrouble;
@@ -101,7 +101,7 @@ Arguments Sort(int argc, char** argv) {
 int Run(int argc, char** argv) {
   CLI::App app("Says whether MP4, MOV and related files carry DRM-protected audio or video.");
   app.name("mp4judge")->footer(kFooter);
-  app.set_version_flag("--version", "mp4judge " MP4JUDGE_VERSION);
+  app.set_version_flag("--version", std::string("mp4judge ") + mp4judge_version());
   app.add_option("FILE", "Files to judge")->type_name("")->expected(-1);
   Arguments arguments = Sort(argc, argv);
   try {
