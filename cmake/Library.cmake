@@ -11,7 +11,10 @@ set_target_properties(mp4judge_objects PROPERTIES
 target_include_directories(mp4judge_objects PUBLIC ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
 target_link_libraries(mp4judge_objects PUBLIC ZLIB::ZLIB PRIVATE mp4judge_strict_warnings)
 
-# mp4judge::mp4judge, shared or static as BUILD_SHARED_LIBS says.
+# mp4judge::mp4judge, shared or static as BUILD_SHARED_LIBS says. Who links it sees public headers
+# and nothing else.
+include(cmake/HostHeaders.cmake)
+mp4judge_write_host_headers(${PROJECT_BINARY_DIR}/include)
 add_library(mp4judge_library $<TARGET_OBJECTS:mp4judge_objects>)
 add_library(mp4judge::mp4judge ALIAS mp4judge_library)
 set_target_properties(mp4judge_library PROPERTIES
@@ -19,10 +22,9 @@ set_target_properties(mp4judge_library PROPERTIES
   VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
 target_include_directories(mp4judge_library PUBLIC
   $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
-  $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
-  $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
-  $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/mp4judge>)
-target_compile_features(mp4judge_library PUBLIC cxx_std_17)
+  $<BUILD_INTERFACE:${PROJECT_BINARY_DIR}/include>
+  $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+target_compile_features(mp4judge_library PUBLIC $<BUILD_INTERFACE:cxx_std_17>)
 target_link_libraries(mp4judge_library PRIVATE ZLIB::ZLIB)
 
 # For tests of internals, fuzzers and benchmarks: every symbol, no matter what is exported.

@@ -1,14 +1,18 @@
-/* The C entry: 1 when the file carries protected audio or video, 0 otherwise. */
+/* The host's judgement of one file, with its three answers; any name that the system knows. */
+#include <mp4judge/mp4judge.h>
 #include <stdio.h>
-#include <wchar.h>
-
-#include "demux/FileInfoInterface.h"
 
 int main(int argc, char** argv) {
-  wchar_t path[2048];
   if (argc != 2) return 2;
-  /* Plain ASCII names only, to keep the example short. */
-  swprintf(path, sizeof path / sizeof path[0], L"%s", argv[1]);
-  puts(JudgeMP4HaveDRM(path) ? "protected" : "clear or not readable");
-  return 0;
+  switch (mp4judge_host_judge(argv[1])) {
+    case MP4JUDGE_HOST_CLEAR:
+      puts("clear");
+      return 0;
+    case MP4JUDGE_HOST_PROTECTED:
+      puts("protected");
+      return 1;
+    default:
+      puts("unreadable");
+      return 2;
+  }
 }

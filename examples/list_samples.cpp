@@ -1,8 +1,8 @@
 // The demuxer: opens a file and lists where its samples lie, in file order.
+#include <mp4judge/host/demux/Mp4Demux.h>
+
 #include <cstdio>
 #include <string>
-
-#include "demux/Mp4Demux.h"
 
 int main(int argc, char** argv) {
   if (argc != 2) return 2;

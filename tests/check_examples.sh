@@ -4,8 +4,15 @@ set -euo pipefail
 build=$1
 clear=$build/samples/clear.m4a protected=$build/samples/protected.m4a
 
-[[ $("$build/examples/example_judge" "$clear") == "clear or not readable" ]]
-[[ $("$build/examples/example_judge" "$protected") == "protected" ]]
+# judge ANSWER CODE FILE
+judge() {
+  local code=0 answer
+  answer=$("$build/examples/example_judge" "$3") || code=$?
+  [[ $answer == "$1" && $code == "$2" ]]
+}
+judge clear 0 "$clear"
+judge protected 1 "$protected"
+judge unreadable 2 "$build/no such file"
 
 # 43 frames of 4 bytes, one after the other up to the end of the file.
 list=$("$build/examples/example_list_samples" "$clear")
