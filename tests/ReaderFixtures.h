@@ -53,7 +53,7 @@ inline void ExpectComposedGetters(mmStreamReader& reader) {
 }
 
 /// Bytes 1, 2, 3, ... modulo 256.
-inline Bytes Counting(std::size_t n) {
+inline Bytes CountingFromOne(std::size_t n) {
   Bytes bytes;
   for (std::size_t i = 1; i <= n; ++i) bytes.Byte(static_cast<unsigned>(i));
   return bytes;

@@ -20,7 +20,7 @@ long long PositionAfterSingleReads(mmStreamReader& reader, long long n) {
 }  // namespace
 
 TEST(BulkRead, RemainingCountsToTheEnd) {
-  OnBothReaders(Counting(10), [](mmStreamReader& reader) {
+  OnBothReaders(CountingFromOne(10), [](mmStreamReader& reader) {
     EXPECT_EQ(mp4::Remaining(&reader), 10);
     reader.SetPos(7);
     EXPECT_EQ(mp4::Remaining(&reader), 3);
@@ -32,7 +32,7 @@ TEST(BulkRead, RemainingCountsToTheEnd) {
 }
 
 TEST(BulkRead, RemainingTakesTheSizeFromTheAccount) {
-  const Bytes bytes = Counting(10);
+  const Bytes bytes = CountingFromOne(10);
   mmBufReader reader(bytes.data(), bytes.size());
   mp4::ScanControl scan(8);
   reader.AttachScan(&scan);
@@ -41,7 +41,7 @@ TEST(BulkRead, RemainingTakesTheSizeFromTheAccount) {
 }
 
 TEST(BulkRead, PassingStopsAtTheEndOfAFileAndAdvancesInMemory) {
-  const Bytes bytes = Counting(10);
+  const Bytes bytes = CountingFromOne(10);
   FileReader file(bytes);
   mp4::PassAsRead(&file.reader, 25);
   EXPECT_EQ(file.reader.GetPos(), 10);
@@ -54,7 +54,7 @@ TEST(BulkRead, PassingStopsAtTheEndOfAFileAndAdvancesInMemory) {
 }
 
 TEST(BulkRead, PassingNothingOrLessDoesNotMove) {
-  OnBothReaders(Counting(10), [](mmStreamReader& reader) {
+  OnBothReaders(CountingFromOne(10), [](mmStreamReader& reader) {
     reader.SetPos(4);
     mp4::PassAsRead(&reader, 0);
     mp4::PassAsRead(&reader, -3);
@@ -64,7 +64,7 @@ TEST(BulkRead, PassingNothingOrLessDoesNotMove) {
 
 TEST(BulkRead, EveryReadLeavesThePositionOfSingleReads) {
   std::mt19937 random(11);
-  OnBothReaders(Counting(120), [&](mmStreamReader& reader) {
+  OnBothReaders(CountingFromOne(120), [&](mmStreamReader& reader) {
     for (int step = 0; step < 1500; ++step) {
       const long long at = random() % 200;
       const long long n = random() % 250;
@@ -94,7 +94,7 @@ TEST(BulkRead, EveryReadLeavesThePositionOfSingleReads) {
 }
 
 TEST(BulkRead, BytesAreReadUpToTheCapacity) {
-  OnBothReaders(Counting(10), [](mmStreamReader& reader) {
+  OnBothReaders(CountingFromOne(10), [](mmStreamReader& reader) {
     unsigned char bytes[5] = {9, 9, 9, 9, 9};
     EXPECT_EQ(mp4::ReadBytes(&reader, bytes, 4, 7), 4u);
     const unsigned char kExpected[5] = {1, 2, 3, 4, 9};
@@ -104,7 +104,7 @@ TEST(BulkRead, BytesAreReadUpToTheCapacity) {
 }
 
 TEST(BulkRead, ZerosFillWhatTheSourceDoesNotHold) {
-  OnBothReaders(Counting(3), [](mmStreamReader& reader) {
+  OnBothReaders(CountingFromOne(3), [](mmStreamReader& reader) {
     unsigned char bytes[6] = {9, 9, 9, 9, 9, 9};
     EXPECT_EQ(mp4::ReadBytes(&reader, bytes, 6, 5), 3u);
     const unsigned char kExpected[6] = {1, 2, 3, 0, 0, 9};
@@ -113,7 +113,7 @@ TEST(BulkRead, ZerosFillWhatTheSourceDoesNotHold) {
 }
 
 TEST(BulkRead, NegativeLengthReadsNothing) {
-  OnBothReaders(Counting(3), [](mmStreamReader& reader) {
+  OnBothReaders(CountingFromOne(3), [](mmStreamReader& reader) {
     unsigned char byte = 9;
     reader.SetPos(2);
     EXPECT_EQ(mp4::ReadBytes(&reader, &byte, 1, -5), 0u);
@@ -123,7 +123,7 @@ TEST(BulkRead, NegativeLengthReadsNothing) {
 }
 
 TEST(BulkRead, TableHoldsTheWholeEntriesThatExist) {
-  OnBothReaders(Counting(30), [](mmStreamReader& reader) {
+  OnBothReaders(CountingFromOne(30), [](mmStreamReader& reader) {
     std::unique_ptr<mmBuffer> entries;
     reader.SetPos(10);
     ASSERT_TRUE(mp4::ReadTable(&reader, 100, 8, &entries));
@@ -135,7 +135,7 @@ TEST(BulkRead, TableHoldsTheWholeEntriesThatExist) {
 }
 
 TEST(BulkRead, TableTakesNoMoreMemoryThanThereAreBytes) {
-  OnBothReaders(Counting(64), [](mmStreamReader& reader) {
+  OnBothReaders(CountingFromOne(64), [](mmStreamReader& reader) {
     std::unique_ptr<mmBuffer> entries;
     ASSERT_TRUE(mp4::ReadTable(&reader, 1LL << 40, 4, &entries));
     EXPECT_EQ(entries->used, 64u);
@@ -144,7 +144,7 @@ TEST(BulkRead, TableTakesNoMoreMemoryThanThereAreBytes) {
 }
 
 TEST(BulkRead, TableShorterThanItsHeaderStepsBack) {
-  OnBothReaders(Counting(30), [](mmStreamReader& reader) {
+  OnBothReaders(CountingFromOne(30), [](mmStreamReader& reader) {
     std::unique_ptr<mmBuffer> entries;
     reader.SetPos(20);
     ASSERT_TRUE(mp4::ReadTable(&reader, -5, 8, &entries));
@@ -154,7 +154,7 @@ TEST(BulkRead, TableShorterThanItsHeaderStepsBack) {
 }
 
 TEST(BulkRead, TableReplacesTheEarlierOne) {
-  OnBothReaders(Counting(30), [](mmStreamReader& reader) {
+  OnBothReaders(CountingFromOne(30), [](mmStreamReader& reader) {
     auto entries = std::make_unique<mmBuffer>();
     ASSERT_TRUE(entries->AppendBe32(0xFFFFFFFF));
     ASSERT_TRUE(mp4::ReadTable(&reader, 4, 4, &entries));
@@ -164,7 +164,7 @@ TEST(BulkRead, TableReplacesTheEarlierOne) {
 }
 
 TEST(BulkRead, TableIsPassedOverWhileAnOpeningOnlyJudges) {
-  FileReader file(Counting(30));
+  FileReader file(CountingFromOne(30));
   mp4::ScanControl scan(30);
   scan.tablesUnread = true;
   file.reader.AttachScan(&scan);
@@ -175,7 +175,7 @@ TEST(BulkRead, TableIsPassedOverWhileAnOpeningOnlyJudges) {
 }
 
 TEST(BulkRead, RefusedAccountFailsButPassesOver) {
-  FileReader file(Counting(30));
+  FileReader file(CountingFromOne(30));
   mp4::ScanControl scan(30);
   EXPECT_FALSE(scan.TakeBytes(1LL << 60));
   file.reader.AttachScan(&scan);
@@ -190,7 +190,7 @@ TEST(BulkRead, RefusedAccountFailsButPassesOver) {
 }
 
 TEST(BulkRead, TableChargesItsBytesAndThreeTimesTheirMemory) {
-  const Bytes bytes = Counting(100);
+  const Bytes bytes = CountingFromOne(100);
   mmBufReader reader(bytes.data(), bytes.size());
   mp4::ScanControl scan(100);
   reader.AttachScan(&scan);
@@ -204,7 +204,7 @@ TEST(BulkRead, TableChargesItsBytesAndThreeTimesTheirMemory) {
 }
 
 TEST(BulkRead, ArrayIsRoundedUpWithZerosBehindTheContent) {
-  OnBothReaders(Counting(40), [](mmStreamReader& reader) {
+  OnBothReaders(CountingFromOne(40), [](mmStreamReader& reader) {
     for (const std::size_t n : {0u, 1u, 15u, 16u, 17u}) {
       reader.SetPos(0);
       std::size_t held = 99;
@@ -220,7 +220,7 @@ TEST(BulkRead, ArrayIsRoundedUpWithZerosBehindTheContent) {
 }
 
 TEST(BulkRead, ArrayBeyondTheSourceHoldsWhatExists) {
-  OnBothReaders(Counting(5), [](mmStreamReader& reader) {
+  OnBothReaders(CountingFromOne(5), [](mmStreamReader& reader) {
     std::size_t held = 0;
     reader.SetPos(2);
     const auto bytes = mp4::ReadArray(&reader, 1000000000000LL, &held);
@@ -232,7 +232,7 @@ TEST(BulkRead, ArrayBeyondTheSourceHoldsWhatExists) {
 }
 
 TEST(BulkRead, NegativeArrayIsEmptyAndDoesNotMove) {
-  OnBothReaders(Counting(5), [](mmStreamReader& reader) {
+  OnBothReaders(CountingFromOne(5), [](mmStreamReader& reader) {
     std::size_t held = 9;
     reader.SetPos(2);
     EXPECT_NE(mp4::ReadArray(&reader, -4, &held), nullptr);

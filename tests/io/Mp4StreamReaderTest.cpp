@@ -100,7 +100,7 @@ std::intptr_t Slot(Operation operation) {
 }  // namespace
 
 TEST(Mp4StreamReader, ComposedGettersReadTheFilesBytes) {
-  FileReader file(Counting(34));
+  FileReader file(CountingFromOne(34));
   ExpectComposedGetters(file.reader);
   EXPECT_EQ(file.reader.GetPos(), 34);
 }
@@ -176,14 +176,14 @@ TEST(Mp4StreamReader, DataIsShortAtTheEnd) {
 }
 
 TEST(Mp4StreamReader, SetPosReturnsAStatus) {
-  FileReader file(Counting(10));
+  FileReader file(CountingFromOne(10));
   EXPECT_EQ(file.reader.SetPos(7), 0);
   EXPECT_EQ(file.reader.GetPos(), 7);
   EXPECT_EQ(file.reader.GetByte(), 8);
 }
 
 TEST(Mp4StreamReader, SkipReturnsAStatusAndGoesBothWays) {
-  FileReader file(Counting(10));
+  FileReader file(CountingFromOne(10));
   EXPECT_EQ(file.reader.Skip(5), 0);
   EXPECT_EQ(file.reader.GetPos(), 5);
   EXPECT_EQ(file.reader.Skip(-3), 0);
@@ -194,7 +194,7 @@ TEST(Mp4StreamReader, SkipReturnsAStatusAndGoesBothWays) {
 }
 
 TEST(Mp4StreamReader, SeekBeforeTheStartFailsAndMovesNothing) {
-  FileReader file(Counting(10));
+  FileReader file(CountingFromOne(10));
   file.reader.SetPos(4);
   EXPECT_EQ(file.reader.SetPos(-1), -1);
   EXPECT_EQ(file.reader.GetPos(), 4);
@@ -205,7 +205,7 @@ TEST(Mp4StreamReader, SeekBeforeTheStartFailsAndMovesNothing) {
 }
 
 TEST(Mp4StreamReader, SeekMayGoPastTheEndWhereReadingGivesZeros) {
-  FileReader file(Counting(10));
+  FileReader file(CountingFromOne(10));
   EXPECT_EQ(file.reader.Skip(1000), 0);
   EXPECT_EQ(file.reader.GetPos(), 1000);
   EXPECT_EQ(file.reader.GetBe32(), 0u);
@@ -217,14 +217,14 @@ TEST(Mp4StreamReader, SeekMayGoPastTheEndWhereReadingGivesZeros) {
 }
 
 TEST(Mp4StreamReader, SkipBeyondTheLargestPositionFails) {
-  FileReader file(Counting(10));
+  FileReader file(CountingFromOne(10));
   file.reader.SetPos(1);
   EXPECT_EQ(file.reader.Skip(LLONG_MAX), -1);
   EXPECT_EQ(file.reader.GetPos(), 1);
 }
 
 TEST(Mp4StreamReader, GetSizeLeavesThePosition) {
-  FileReader file(Counting(10));
+  FileReader file(CountingFromOne(10));
   EXPECT_EQ(file.reader.GetSize(), 10);
   EXPECT_EQ(file.reader.GetPos(), 0);
   file.reader.SetPos(3);
@@ -236,7 +236,7 @@ TEST(Mp4StreamReader, GetSizeLeavesThePosition) {
 }
 
 TEST(Mp4StreamReader, EndIsExactlyTheSize) {
-  FileReader file(Counting(10));
+  FileReader file(CountingFromOne(10));
   EXPECT_FALSE(file.reader.IsEnd());
   file.reader.SetPos(9);
   EXPECT_FALSE(file.reader.IsEnd());
@@ -286,7 +286,7 @@ TEST(Mp4StreamReader, PipeIsRefusedWithoutWaitingForAWriter) {
 }
 
 TEST(Mp4StreamReader, SecondPathClosesTheFirstFile) {
-  FileReader file(Counting(10));
+  FileReader file(CountingFromOne(10));
   file.reader.SetPos(6);
   file.reader.GetByte();
   const TempFile other(Bytes{0x77, 0x78});
@@ -306,7 +306,7 @@ TEST(Mp4StreamReader, FilesAreClosedOnReopeningAndDestruction) {
   };
   const int before = nextDescriptor();
   {
-    FileReader file(Counting(10));
+    FileReader file(CountingFromOne(10));
     ASSERT_TRUE(file.reader.SetFilePath(file.file.wide().c_str()));
     EXPECT_EQ(nextDescriptor(), before + 1);
   }

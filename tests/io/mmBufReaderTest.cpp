@@ -47,7 +47,7 @@ TEST(mmBufReader, TakesOverAnArray) {
 }
 
 TEST(mmBufReader, ComposedGettersReadItsBytes) {
-  const Bytes bytes = Counting(34);
+  const Bytes bytes = CountingFromOne(34);
   mmBufReader reader(bytes.data(), bytes.size());
   ExpectComposedGetters(reader);
   EXPECT_EQ(reader.GetPos(), 34);
@@ -64,7 +64,7 @@ TEST(mmBufReader, BoxTypeHoldsItsFirstCharacterInTheLowestByte) {
 }
 
 TEST(mmBufReader, SeeksReturnTheNewPosition) {
-  const Bytes bytes = Counting(10);
+  const Bytes bytes = CountingFromOne(10);
   mmBufReader reader(bytes.data(), bytes.size());
   EXPECT_EQ(reader.SetPos(6), 6);
   EXPECT_EQ(reader.Skip(3), 9);
@@ -76,7 +76,7 @@ TEST(mmBufReader, SeeksReturnTheNewPosition) {
 }
 
 TEST(mmBufReader, EndIsReachedAtTheSizeAndStays) {
-  const Bytes bytes = Counting(3);
+  const Bytes bytes = CountingFromOne(3);
   mmBufReader reader(bytes.data(), bytes.size());
   reader.Skip(2);
   EXPECT_FALSE(reader.IsEnd());
@@ -156,7 +156,7 @@ TEST(mmBufReader, PositionWrapsBehindTheLargest) {
 }
 
 TEST(mmBufReader, DataEqualsSingleBytesWhereverItStands) {
-  const Bytes bytes = Counting(200);
+  const Bytes bytes = CountingFromOne(200);
   mmBufReader bulk(bytes.data(), bytes.size());
   mmBufReader single(bytes.data(), bytes.size());
   std::mt19937 random(7);
