@@ -41,37 +41,96 @@ install_needs() {
     command -v sudo >/dev/null || die "root or sudo is needed to install: ${packages[*]}"
     as_root=(sudo)
   fi
-  say "installing ${packages[*]}"
+  must_write "$log"
   local apt=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -y -o DPkg::Lock::Timeout=300)
   # Stale package lists may still do, so only the installation decides.
+  say "installing ${packages[*]}"
   "${apt[@]}" update >"$log" 2>&1 </dev/null || say "apt-get update failed; going on"
   "${apt[@]}" install --no-install-recommends "${packages[@]}" >>"$log" 2>&1 </dev/null && return 0
   cat "$log" >&2
   die "could not install: ${packages[*]}"
 }
 
+# must_write PATH...: those that are there, with what they hold, can be written.
+must_write() {
+  local path stuck
+  for path in "$@"; do
+    [[ -e $path ]] || continue
+    stuck=$(find "$path" -maxdepth 1 ! -type l ! -writable -print -quit 2>&1) || true
+    [[ -z $stuck ]] || die "cannot write $stuck (made by another user?): remove $root/build, or run as its owner"
+  done
+}
+
+# follow TEXT COMMAND...: runs the command and says what it is doing and how far it is: a line that
+# counts up on a terminal, otherwise a line after 2 seconds and every 20. TEXT is a function that
+# prints the present state.
+follow() {
+  local text=$1 ticker code=0 started=$SECONDS
+  shift
+  tick "$text" "$started" &
+  ticker=$!
+  "$@" || code=$?
+  kill "$ticker" 2>/dev/null
+  wait "$ticker" 2>/dev/null
+  [[ ! -t 2 ]] || printf '\r\033[K' >&2
+  return $code
+}
+tick() {
+  local seconds nap next=2
+  # A pipe that nothing is written to: reading it is a sleep that leaves no process behind.
+  exec {nap}<> <(:)
+  while kill -0 $$ 2>/dev/null; do
+    read -r -t 1 -u "$nap" || true
+    seconds=$((SECONDS - $2))
+    if [[ -t 2 ]]; then
+      printf '\r\033[K%s: %s (%d s)' "${0##*/}" "$("$1")" "$seconds" >&2
+    elif ((seconds >= next)); then
+      say "$("$1") ($seconds s)"
+      next=$((seconds + 20))
+    fi
+  done
+}
+
 # build PRESET [TARGET...]: quiet unless it fails, then the log goes to standard error.
 build() {
   local preset=$1 dir=$root/build/$1 log=$root/build/$1.log
   shift
+  must_write "$dir" "$log"
   # A build folder that was configured elsewhere (a moved or copied project) cannot be used.
   if [[ -f $dir/CMakeCache.txt ]] &&
     ! grep -qxF "CMAKE_HOME_DIRECTORY:INTERNAL=$root" "$dir/CMakeCache.txt"; then
     rm -rf "$dir"
   fi
-  if { [[ $dir/build.ninja -nt $root/CMakePresets.json ]] || cmake -S "$root" --preset "$preset"; } >"$log" 2>&1 &&
-    cmake --build "$dir" -j "$jobs" ${1:+--target "$@"} >>"$log" 2>&1; then
-    return 0
-  fi
+  follow building run_build "$@" && return 0
   cat "$log" >&2
   say "the build failed; its log is $log"
   return 1
 }
+# These two know the variables of build.
+run_build() {
+  { [[ $dir/build.ninja -nt $root/CMakePresets.json ]] || cmake -S "$root" --preset "$preset"; } >"$log" 2>&1 &&
+    cmake --build "$dir" -j "$jobs" ${1:+--target "$@"} >>"$log" 2>&1
+}
+building() {
+  local step
+  step=$(tail -c 4000 "$log" 2>/dev/null | grep -oE '^\[[0-9]+/[0-9]+\]' | tail -1)
+  [[ -z $step ]] || step=${step/\// of }
+  echo "building \"$preset\" ${step//[][]/}"
+}
 
 # One build at a time in this project, whoever started it. Held until the shell ends or execs.
 lock_build() {
-  mkdir -p "$root/build" || die "cannot make $root/build"
-  exec {build_lock}>"$root/build/.lock"
-  ! command -v flock >/dev/null || flock "$build_lock"
+  mkdir -p "$root/build" 2>/dev/null || die "cannot make $root/build"
+  { : >>"$root/build/.lock"; } 2>/dev/null || die "cannot write $root/build/.lock (made by another user?)"
+  exec {build_lock}>>"$root/build/.lock"
+  command -v flock >/dev/null || return 0
+  flock -n "$build_lock" || follow waiting flock "$build_lock"
 }
+waiting() { echo "waiting for another build in $root/build to end"; }
 unlock_build() { exec {build_lock}>&-; }
+
+# is_current PROGRAM: it is there and no file of the project outside build/ is newer.
+is_current() {
+  [[ -x $1 ]] && [[ -z $(find "$root" -path "$root/build" -prune -o -path "$root/.git" -prune -o \
+    -type f -newer "$1" -print -quit 2>&1) ]]
+}
