@@ -4,6 +4,7 @@
 #include "io/BulkRead.h"
 #include "io/FourCC.h"
 #include "io/Limits.h"
+#include "io/Mp4StreamReader.h"
 #include "io/ScanControl.h"
 
 namespace {
@@ -51,9 +52,12 @@ bool Mp4Demux::Init(const wchar_t* path) { return Open(path, Purpose::kDemux); }
 
 bool Mp4Demux::InitForJudgement(const wchar_t* path) { return Open(path, Purpose::kJudge); }
 
-bool Mp4Demux::InitForJudgement(std::unique_ptr<Mp4StreamReader> file) {
-  Uninit();
-  return file != nullptr && Open(std::move(file), Purpose::kJudge);
+bool Mp4Demux::Init(std::unique_ptr<mmStreamReader> source) {
+  return Open(std::move(source), Purpose::kDemux);
+}
+
+bool Mp4Demux::InitForJudgement(std::unique_ptr<mmStreamReader> source) {
+  return Open(std::move(source), Purpose::kJudge);
 }
 
 bool Mp4Demux::Open(const wchar_t* path, Purpose purpose) {
@@ -69,11 +73,13 @@ bool Mp4Demux::Open(const wchar_t* path, Purpose purpose) {
   return opened;
 }
 
-bool Mp4Demux::Open(std::unique_ptr<Mp4StreamReader> file, Purpose purpose) {
+bool Mp4Demux::Open(std::unique_ptr<mmStreamReader> from, Purpose purpose) {
+  Uninit();
+  if (from == nullptr) return false;
   bool opened = false;
   mp4::WithoutThrowing([&] {
-    Mp4StreamReader* source = file.get();
-    reader = std::move(file);
+    mmStreamReader* source = from.get();
+    reader = std::move(from);
     const long long fileSize = source->GetSize();
     context = std::make_unique<Mp4Context>();
     if (fileSize < mp4::limits::kSmallestFile) return;
@@ -117,7 +123,7 @@ bool Mp4Demux::ReadFirstBox(long long fileSize, long long* scanFrom) {
 bool Mp4Demux::ScanTopLevel(long long fileSize, long long pos) {
   mp4::ScanControl* scan = reader->Scan();
   while (pos < fileSize) {
-    if (!scan->TakeHeader()) return false;
+    if (scan != nullptr && !scan->TakeHeader()) return false;
     unsigned char bytes[8] = {};
     reader->GetData(bytes, sizeof bytes);
     const std::uint32_t stored = mp4::LoadBe32(bytes);
@@ -163,7 +169,8 @@ bool Mp4Demux::ReadMovie(long long payload) {
 }
 
 bool Mp4Demux::ReadFragment(long long payload) {
-  if (!reader->Scan()->TakeMemory(mp4::kCollectedBoxMemory)) return false;
+  mp4::ScanControl* scan = reader->Scan();
+  if (scan != nullptr && !scan->TakeMemory(mp4::kCollectedBoxMemory)) return false;
   auto fragment = std::make_unique<BoxMOOF>();
   if (!fragment->ReadData(reader.get(), payload, nullptr)) return false;
   if (mp4::OnlyJudges(reader.get())) return true;

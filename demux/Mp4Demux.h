@@ -11,7 +11,6 @@
 #include "boxes/movie/BoxMOOV.h"
 #include "io/Export.h"
 #include "io/LazyArray.h"
-#include "io/Mp4StreamReader.h"
 #include "io/mmStreamReader.h"
 
 /// Room for the largest sample of any track; the caller reads sample bytes into it.
@@ -38,8 +37,10 @@ class MP4JUDGE_API Mp4Demux {
   /// track records, but sample tables and run entries are passed over unread and fragments are
   /// neither merged nor kept.
   bool InitForJudgement(const wchar_t* path);
-  /// The same over a reader whose file has been set; false for null.
-  bool InitForJudgement(std::unique_ptr<Mp4StreamReader> file);
+  /// The same two over any reader, from its position, which should be 0: memory, archives and
+  /// remote objects open like files (see mp4::SourceReader). False for null.
+  bool Init(std::unique_ptr<mmStreamReader> source);
+  bool InitForJudgement(std::unique_ptr<mmStreamReader> source);
   /// Releases everything; may be repeated.
   void Uninit();
   void Destroy() { Uninit(); }
@@ -73,7 +74,7 @@ class MP4JUDGE_API Mp4Demux {
   struct TopBox;
 
   bool Open(const wchar_t* path, Purpose purpose);
-  bool Open(std::unique_ptr<Mp4StreamReader> file, Purpose purpose);
+  bool Open(std::unique_ptr<mmStreamReader> from, Purpose purpose);
   bool Scan(long long fileSize);
   bool ReadFirstBox(long long fileSize, long long* scanFrom);
   bool ScanTopLevel(long long fileSize, long long pos);

@@ -27,10 +27,10 @@ bool HasProtectedTrack(Mp4Context* context) {
   return false;
 }
 
-Verdict JudgeFile(const wchar_t* path) {
+HostVerdict JudgeFile(const wchar_t* path) {
   Mp4Demux demux;
-  if (!demux.InitForJudgement(path)) return Verdict::kUnreadable;
-  return HasProtectedTrack(demux.GetContext()) ? Verdict::kProtected : Verdict::kClear;
+  if (!demux.InitForJudgement(path)) return HostVerdict::kUnreadable;
+  return HasProtectedTrack(demux.GetContext()) ? HostVerdict::kProtected : HostVerdict::kClear;
 }
 
 }  // namespace mp4

@@ -7,7 +7,7 @@ class Mp4Context;
 namespace mp4 {
 
 /// What a file is found to be.
-enum class Verdict {
+enum class HostVerdict {
   kClear,
   kProtected,   ///< a "soun" or "vide" track has the format "drms"
   kUnreadable,  ///< no movie box could be read
@@ -15,7 +15,7 @@ enum class Verdict {
 
 /// Judges a file by its UTF-32 path without loading its sample tables: the same answer as a full
 /// opening, at a cost that does not grow with the length of the movie.
-MP4JUDGE_API Verdict JudgeFile(const wchar_t* path);
+MP4JUDGE_API HostVerdict JudgeFile(const wchar_t* path);
 
 /// Whether any audio or video track of a context is protected; false for null.
 MP4JUDGE_API bool HasProtectedTrack(Mp4Context* context);

@@ -31,7 +31,7 @@ class MP4JUDGE_API mmBufReader : public mmStreamReader {
 
   mp4::ScanControl* Scan() override { return scan; }
   /// Attaches the account of an opening (borrowed; null detaches).
-  void AttachScan(mp4::ScanControl* control) { scan = control; }
+  void AttachScan(mp4::ScanControl* control) override { scan = control; }
 
   std::unique_ptr<unsigned char[]> data;
   int capacity = 0;

@@ -46,4 +46,6 @@ class MP4JUDGE_API mmStreamReader {
   /// The account of the opening in progress, null outside one. Not for hosts; a host's own reader
   /// leaves it alone.
   virtual mp4::ScanControl* Scan() { return nullptr; }
+  /// Attaches that account (borrowed; null detaches). A reader that keeps none is unbounded.
+  virtual void AttachScan(mp4::ScanControl* control) { (void)control; }
 };

@@ -6,7 +6,7 @@
 #include "tests/Bytes.h"
 
 /// 0, 1, 2, ... 255, 0, 1, ...
-inline Bytes Counting(std::size_t n) {
+inline Bytes CountingFromZero(std::size_t n) {
   Bytes bytes;
   for (std::size_t i = 0; i < n; ++i) bytes.Byte(static_cast<unsigned>(i & 255));
   return bytes;

@@ -3,6 +3,7 @@
 #include "demux/FileInfoInterface.h"
 #include "demux/Mp4Demux.h"
 #include "demux/Verdict.h"
+#include "io/Mp4StreamReader.h"
 #include "tests/Fixtures.h"
 #include "tests/MovieFixtures.h"
 
@@ -95,7 +96,7 @@ TEST(InitForJudgement, DropsAnEarlierFileWithoutAReader) {
   const TempFile song(FileWith("soun", "drms"));
   Mp4Demux demux;
   ASSERT_TRUE(demux.InitForJudgement(song.wide().c_str()));
-  EXPECT_FALSE(demux.InitForJudgement(std::unique_ptr<Mp4StreamReader>()));
+  EXPECT_FALSE(demux.InitForJudgement(std::unique_ptr<mmStreamReader>()));
   EXPECT_EQ(demux.GetContext(), nullptr);
 }
 
@@ -103,7 +104,7 @@ TEST(JudgeFile, TellsUnreadableFromClear) {
   const TempFile clear(FileWith("soun", "mp4a"));
   const TempFile song(FileWith("soun", "drms"));
   const TempFile broken(Ftyp("isom"));
-  EXPECT_EQ(mp4::JudgeFile(clear.wide().c_str()), mp4::Verdict::kClear);
-  EXPECT_EQ(mp4::JudgeFile(song.wide().c_str()), mp4::Verdict::kProtected);
-  EXPECT_EQ(mp4::JudgeFile(broken.wide().c_str()), mp4::Verdict::kUnreadable);
+  EXPECT_EQ(mp4::JudgeFile(clear.wide().c_str()), mp4::HostVerdict::kClear);
+  EXPECT_EQ(mp4::JudgeFile(song.wide().c_str()), mp4::HostVerdict::kProtected);
+  EXPECT_EQ(mp4::JudgeFile(broken.wide().c_str()), mp4::HostVerdict::kUnreadable);
 }

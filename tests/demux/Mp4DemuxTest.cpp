@@ -6,6 +6,8 @@
 
 #include "demux/Mp4Demux.h"
 #include "io/FourCC.h"
+#include "io/MemorySource.h"
+#include "io/SourceReader.h"
 #include "tests/Fixtures.h"
 #include "tests/MovieFixtures.h"
 
@@ -258,4 +260,30 @@ TEST(Mp4Demux, JudgingOpensTheSameFilesWithTheSameRecords) {
   EXPECT_EQ(demux.GetContext()->GetTrackByIndex(1)->format, mp4::FourCC("drms"));
   EXPECT_TRUE(demux.fragments.empty());
   EXPECT_EQ(demux.movieBox->tracks.at(2)->mediaBox, nullptr);
+}
+
+TEST(Mp4Demux, OpensAnyReaderLikeAFile) {
+  const Bytes bytes = Ftyp("isom") + FragmentedMovie() + Fragment(3) + Box("free") + Fragment(2);
+  const TempFile file(bytes);
+  Mp4Demux fromFile;
+  ASSERT_TRUE(fromFile.Init(file.wide().c_str()));
+  mp4::MemorySource memory(bytes.data(), bytes.size());
+  Mp4Demux fromMemory;
+  ASSERT_TRUE(fromMemory.Init(std::make_unique<mp4::SourceReader>(&memory)));
+  EXPECT_EQ(fromMemory.fragments.size(), 2u);
+  EXPECT_EQ(fromMemory.GetContext()->GetTrackByIndex(0)->numSamples,
+            fromFile.GetContext()->GetTrackByIndex(0)->numSamples);
+  EXPECT_EQ(fromMemory.GetContext()->GetTrackByIndex(0)->numSamples, 5);
+}
+
+TEST(Mp4Demux, OpensAReaderThatKeepsNoAccount) {
+  class Plain final : public mmBufReader {
+   public:
+    using mmBufReader::mmBufReader;
+    mp4::ScanControl* Scan() override { return nullptr; }
+  };
+  const Bytes bytes = Ftyp("isom") + FragmentedMovie() + Fragment(3);
+  Mp4Demux demux;
+  EXPECT_TRUE(demux.Init(std::make_unique<Plain>(bytes.data(), bytes.size())));
+  EXPECT_EQ(demux.fragments.size(), 1u);
 }

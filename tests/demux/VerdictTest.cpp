@@ -32,9 +32,9 @@ void ExpectAgreement(const unsigned char* bytes, std::size_t size, const std::st
   EXPECT_EQ(RecordsOf(&judged), RecordsOf(&full)) << what;
   const bool isProtected = opened && mp4::HasProtectedTrack(full.GetContext());
   EXPECT_EQ(JudgeMP4HaveDRM(file.path()), isProtected ? 1 : 0) << what;
-  EXPECT_EQ(mp4::JudgeFile(file.path()), !opened       ? mp4::Verdict::kUnreadable
-                                         : isProtected ? mp4::Verdict::kProtected
-                                                       : mp4::Verdict::kClear)
+  EXPECT_EQ(mp4::JudgeFile(file.path()), !opened       ? mp4::HostVerdict::kUnreadable
+                                         : isProtected ? mp4::HostVerdict::kProtected
+                                                       : mp4::HostVerdict::kClear)
       << what;
 }
 

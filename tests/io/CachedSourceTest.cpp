@@ -11,7 +11,7 @@
 #include "tests/SourceFixtures.h"
 
 TEST(CachedSource, ShowsBytesInPlaceAndReadsFew) {
-  const Bytes bytes = Counting(100000);
+  const Bytes bytes = CountingFromZero(100000);
   const TempFile file(bytes);
   const auto below = mp4::FileSource::Open(file.path().c_str(), nullptr);
   mp4::CachedSource source(below.get());
@@ -32,7 +32,7 @@ TEST(CachedSource, ShowsBytesInPlaceAndReadsFew) {
 }
 
 TEST(CachedSource, AViewHasAllItsBytesOrIsNull) {
-  const Bytes bytes = Counting(100);
+  const Bytes bytes = CountingFromZero(100);
   const TempFile file(bytes);
   const auto below = mp4::FileSource::Open(file.path().c_str(), nullptr);
   mp4::CachedSource source(below.get());
@@ -44,7 +44,7 @@ TEST(CachedSource, AViewHasAllItsBytesOrIsNull) {
 }
 
 TEST(CachedSource, AViewAcrossTwoPiecesIsReadAnew) {
-  const Bytes bytes = Counting(5000);
+  const Bytes bytes = CountingFromZero(5000);
   const TempFile file(bytes);
   const auto below = mp4::FileSource::Open(file.path().c_str(), nullptr);
   mp4::CachedSource source(below.get());
@@ -55,7 +55,7 @@ TEST(CachedSource, AViewAcrossTwoPiecesIsReadAnew) {
 }
 
 TEST(CachedSource, TheLargestViewAndOneMore) {
-  const Bytes bytes = Counting(70000);
+  const Bytes bytes = CountingFromZero(70000);
   Caller caller{bytes};
   mp4::CallbackSource below(Caller::Read, Caller::Size, &caller);
   mp4::CachedSource source(&below);
@@ -64,7 +64,7 @@ TEST(CachedSource, TheLargestViewAndOneMore) {
 }
 
 TEST(CachedSource, ASlowSourceIsReadInLargePieces) {
-  Caller caller{Counting(300000)};
+  Caller caller{CountingFromZero(300000)};
   mp4::CallbackSource below(Caller::Read, Caller::Size, &caller);
   mp4::CachedSource source(&below);
   for (std::uint64_t at = 0; at < 69000; at += 100) ASSERT_NE(source.View(at, 100), nullptr);
@@ -74,7 +74,7 @@ TEST(CachedSource, ASlowSourceIsReadInLargePieces) {
 }
 
 TEST(CachedSource, FailuresBelowAreItsOwn) {
-  Caller caller{Counting(300000)};
+  Caller caller{CountingFromZero(300000)};
   caller.failFrom = 100000;
   mp4::CallbackSource below(Caller::Read, Caller::Size, &caller);
   mp4::CachedSource source(&below);
@@ -85,7 +85,7 @@ TEST(CachedSource, FailuresBelowAreItsOwn) {
 }
 
 TEST(CachedSource, OfRangesNeedsOnlyWhatIsWanted) {
-  const Bytes bytes = Counting(100000);
+  const Bytes bytes = CountingFromZero(100000);
   mp4::RangeSource below(bytes.size());
   below.Add(0, bytes.data(), 100);
   below.Add(100, bytes.data() + 100, 100);
@@ -97,7 +97,7 @@ TEST(CachedSource, OfRangesNeedsOnlyWhatIsWanted) {
 }
 
 TEST(CachedSource, ReadingDeliversTheSameBytesInAnyOrder) {
-  const Bytes bytes = Counting(400000);
+  const Bytes bytes = CountingFromZero(400000);
   const TempFile file(bytes);
   const auto below = mp4::FileSource::Open(file.path().c_str(), nullptr);
   mp4::CachedSource source(below.get());

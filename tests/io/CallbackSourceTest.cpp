@@ -4,7 +4,7 @@
 #include "tests/SourceFixtures.h"
 
 TEST(CallbackSource, AsksAgainForWhatWasNotDelivered) {
-  Caller caller{Counting(100)};
+  Caller caller{CountingFromZero(100)};
   caller.most = 7;
   mp4::CallbackSource source(Caller::Read, Caller::Size, &caller);
   unsigned char got[20];
@@ -14,7 +14,7 @@ TEST(CallbackSource, AsksAgainForWhatWasNotDelivered) {
 }
 
 TEST(CallbackSource, AFailureKeepsTheCallersNumber) {
-  Caller caller{Counting(100)};
+  Caller caller{CountingFromZero(100)};
   caller.failFrom = 40;
   caller.most = 10;
   mp4::CallbackSource source(Caller::Read, Caller::Size, &caller);
@@ -26,7 +26,7 @@ TEST(CallbackSource, AFailureKeepsTheCallersNumber) {
 }
 
 TEST(CallbackSource, NothingBelowTheSizeIsAFailure) {
-  Caller caller{Counting(100)};
+  Caller caller{CountingFromZero(100)};
   caller.failFrom = 0;
   caller.failure = 0;
   mp4::CallbackSource source(Caller::Read, Caller::Size, &caller);
@@ -36,7 +36,7 @@ TEST(CallbackSource, NothingBelowTheSizeIsAFailure) {
 }
 
 TEST(CallbackSource, MoreThanAskedForIsAFailure) {
-  Caller caller{Counting(100)};
+  Caller caller{CountingFromZero(100)};
   caller.failFrom = 0;
   caller.failure = 11;
   mp4::CallbackSource source(Caller::Read, Caller::Size, &caller);
@@ -46,7 +46,7 @@ TEST(CallbackSource, MoreThanAskedForIsAFailure) {
 }
 
 TEST(CallbackSource, ASizeThatFailsIsTrouble) {
-  Caller caller{Counting(100)};
+  Caller caller{CountingFromZero(100)};
   mp4::CallbackSource failing(Caller::Read, Caller::NoSize, &caller);
   EXPECT_EQ(failing.Size(), 0u);
   EXPECT_EQ(failing.Trouble().error, -7);

@@ -9,7 +9,7 @@
 #include "tests/SourceFixtures.h"
 
 TEST(FileSource, ReadsAFile) {
-  const TempFile file(Counting(300));
+  const TempFile file(CountingFromZero(300));
   mp4::OpenResult result;
   const auto source = mp4::FileSource::Open(file.path().c_str(), &result);
   ASSERT_NE(source, nullptr);
@@ -43,7 +43,7 @@ TEST(FileSource, DoesNotWaitForAPipe) {
 }
 
 TEST(FileSource, AFileThatBecomesShorterIsTroubleNotAnEnd) {
-  const TempFile file(Counting(300));
+  const TempFile file(CountingFromZero(300));
   const auto source = mp4::FileSource::Open(file.path().c_str(), nullptr);
   ASSERT_NE(source, nullptr);
   ASSERT_EQ(truncate(file.path().c_str(), 100), 0);

@@ -4,7 +4,7 @@
 #include "tests/SourceFixtures.h"
 
 TEST(MemorySource, DeliversWhatLiesInsideAndNoMore) {
-  const Bytes bytes = Counting(10);
+  const Bytes bytes = CountingFromZero(10);
   mp4::MemorySource source(bytes.data(), bytes.size());
   unsigned char got[4] = {9, 9, 9, 9};
   EXPECT_EQ(source.Size(), 10u);
@@ -23,7 +23,7 @@ TEST(MemorySource, NullIsEmpty) {
 }
 
 TEST(MemorySource, ShowsItsBytesInPlace) {
-  const Bytes bytes = Counting(10);
+  const Bytes bytes = CountingFromZero(10);
   mp4::MemorySource source(bytes.data(), bytes.size());
   EXPECT_EQ(source.InMemory(3, 7), bytes.data() + 3);
   EXPECT_EQ(source.InMemory(3, 8), nullptr);

@@ -4,7 +4,7 @@
 #include "tests/SourceFixtures.h"
 
 TEST(RangeSource, NamesTheBytesItNeeds) {
-  const Bytes bytes = Counting(100000);
+  const Bytes bytes = CountingFromZero(100000);
   mp4::RangeSource source(bytes.size());
   unsigned char got[100];
   EXPECT_EQ(source.ReadAt(0, got, 8), 0u);
@@ -26,7 +26,7 @@ TEST(RangeSource, NeedsNoBytesBehindTheEnd) {
 }
 
 TEST(RangeSource, JoinsRangesAndKeepsWhatWasFirst) {
-  const Bytes bytes = Counting(100);
+  const Bytes bytes = CountingFromZero(100);
   const Bytes other = Bytes().Fill(100, 0xEE);
   mp4::RangeSource source(100);
   source.Add(20, bytes.data() + 20, 10);
