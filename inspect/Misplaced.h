@@ -1,0 +1,12 @@
+#pragma once
+
+#include "inspect/Findings.h"
+
+namespace mp4 {
+
+/// Doubts a child box that is none of those its parent's walk knows when it could be a broken
+/// twin of one that matters: a track's box outside its parent, or a box of unknown type that
+/// holds such boxes.
+void CheckUnknownBox(Findings* findings, BoxId box);
+
+}  // namespace mp4

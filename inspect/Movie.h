@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+#include <unordered_map>
+#include <vector>
+
+#include "inspect/Findings.h"
+
+namespace mp4 {
+
+class Signs;
+
+/// What the movie boxes of a file say about a track.
+struct TrackFacts {
+  std::uint64_t entries = 0;       ///< sample entries seen
+  std::uint32_t defaultEntry = 1;  ///< 1-based, of its fragments (TrackExtendsBox)
+  bool isProtected = false;
+  std::size_t reported = 0;  ///< index among the report's tracks
+};
+
+/// A track of object descriptors, to be read once all tracks are known.
+struct ObjectTrack {
+  BoxId trak;
+  std::uint32_t id;
+};
+
+struct MovieFacts {
+  bool seen = false;          ///< whether there was a movie box at all
+  bool hasFragments = false;  ///< whether one announces fragments (MovieExtendsBox)
+  std::unordered_map<std::uint32_t, TrackFacts> tracks;  ///< by id
+  std::vector<ObjectTrack> objectTracks;
+};
+
+/// Looks at a MovieBox "moov" (ISO/IEC 14496-12, 8.2.1), plain or compressed: all tracks with all
+/// their sample entries, protection systems, and items.
+void InspectMovie(Findings* findings, BoxId moov, MovieFacts* movie, Signs* signs);
+
+}  // namespace mp4

@@ -1,0 +1,196 @@
+#include "inspect/ObjectDescriptors.h"
+
+#include <string_view>
+
+#include "inspect/SampleLocations.h"
+#include "inspect/SchemeInfo.h"
+#include "io/FourCC.h"
+#include "io/MemorySource.h"
+#include "iso/Descriptor.h"
+
+namespace mp4 {
+
+namespace {
+
+/// A track of object descriptors has one sample, or one for each change of the scene.
+constexpr std::size_t kMostSamples = 256;
+constexpr std::uint64_t kMostBytes = std::uint64_t{256} << 10;
+
+class ObjectInspection {
+ public:
+  ObjectInspection(Findings* findings, const ObjectTrack& track, MovieFacts* movie)
+      : findings_(findings), tree_(findings->Tree()), track_(track), movie_(movie) {}
+
+  void Run() {
+    ReadTargets();
+    std::vector<SampleLocation> samples;
+    if (!LocateSamples(&tree_, SampleTable(), kMostSamples, &samples) || samples.empty())
+      Doubt("the samples of the object descriptor track cannot be found");
+    std::uint64_t bytes = 0;
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+      bytes += samples[i].size;
+      if (bytes > kMostBytes || !ReadSample(samples[i], i + 1)) {
+        Doubt("sample " + std::to_string(i + 1) + " of the object descriptor track cannot be read");
+        if (bytes > kMostBytes) break;
+      }
+    }
+    for (const Target& target : targets_) Protect(target);
+  }
+
+ private:
+  struct Target {
+    std::uint32_t track;
+    std::uint32_t pointer;
+  };
+
+  /// TrackReferenceTypeBox "mpod": the tracks that references of descriptors count in.
+  void ReadTargets() {
+    const BoxId references = tree_.Child(track_.trak, FourCC("tref"));
+    if (references == kNoBox) return;
+    const BoxId mpod = tree_.Child(references, FourCC("mpod"));
+    if (mpod == kNoBox) return;
+    FieldView fields = tree_.Payload(mpod);
+    while (fields.Left() >= 4) mpod_.push_back(fields.U32());
+  }
+
+  BoxId SampleTable() {
+    BoxId at = track_.trak;
+    for (const std::uint32_t type : {FourCC("mdia"), FourCC("minf"), FourCC("stbl")}) {
+      at = at != kNoBox ? tree_.Child(at, type) : kNoBox;
+    }
+    return at != kNoBox ? at : track_.trak;
+  }
+
+  bool ReadSample(const SampleLocation& sample, std::size_t number) {
+    if (sample.size > CachedSource::kLargestView) return false;
+    const unsigned char* bytes = tree_.View(0, sample.offset, sample.size);
+    if (bytes == nullptr) return false;
+    // In-place bytes last until the next read.
+    const std::vector<unsigned char> copy(bytes, bytes + sample.size);
+    sample_ = &copy;
+    sampleOffset_ = sample.offset;
+    path_ = tree_.Path(track_.trak) + "/sample[" + std::to_string(number) + "]";
+    FieldView fields(copy.data(), copy.size());
+    while (fields.Left() > 0) {
+      Descriptor command;
+      if (!ReadDescriptor(&fields, &command) || !ReadCommand(command)) return false;
+    }
+    return true;
+  }
+
+  bool ReadCommand(const Descriptor& command) {
+    if (command.tag != kCommandUpdate && command.tag != kCommandIpmpUpdate) return true;
+    FieldView fields = command.payload;
+    while (fields.Left() > 0) {
+      Descriptor descriptor;
+      if (!ReadDescriptor(&fields, &descriptor)) return false;
+      if (descriptor.tag == kTagIpmpDescriptor) {
+        ReadIpmp(descriptor.payload);
+      } else if (!ReadObject(descriptor.payload)) {
+        return false;
+      }
+    }
+    return true;
+  }
+
+  /// ObjectDescriptor: an id, then references to streams and pointers to their protection.
+  bool ReadObject(FieldView fields) {
+    constexpr unsigned kUrl = 0x20;
+    if ((fields.U16() & kUrl) != 0) fields.Skip(fields.U8());
+    std::vector<std::uint32_t> streams;
+    std::vector<std::uint32_t> pointers;
+    while (fields.Left() > 0) {
+      Descriptor part;
+      if (!ReadDescriptor(&fields, &part)) return false;
+      if (part.tag == kTagEsIdRef) streams.push_back(TrackOf(part.payload.U16()));
+      if (part.tag == kTagEsIdInc) streams.push_back(part.payload.U32());
+      if (part.tag == kTagIpmpPointer) pointers.push_back(ReadPointer(part.payload));
+      if (part.tag == kTagEs) Doubt("an object descriptor holds a stream of its own");
+    }
+    for (const std::uint32_t pointer : pointers) {
+      for (const std::uint32_t stream : streams) targets_.push_back({stream, pointer});
+      if (streams.empty()) targets_.push_back({0, pointer});
+    }
+    return fields.Ok();
+  }
+
+  std::uint32_t TrackOf(std::uint32_t reference) const {
+    return reference >= 1 && reference <= mpod_.size() ? mpod_[reference - 1] : 0;
+  }
+
+  static std::uint32_t ReadPointer(FieldView fields) {
+    constexpr std::uint32_t kExtended = 0xFF;
+    const std::uint32_t id = fields.U8();
+    return id == kExtended ? kExtended << 16 | fields.U16() : id;
+  }
+
+  /// IPMP_Descriptor: its id, a type, and data in which a "sinf" may stand.
+  void ReadIpmp(FieldView fields) {
+    FieldView start = fields;
+    const std::uint32_t id = ReadPointer(start);
+    const std::size_t n = fields.Left();
+    const unsigned char* bytes = fields.Bytes(n);
+    if (bytes == nullptr) return;
+    const std::string_view data(reinterpret_cast<const char*>(bytes), n);
+    const std::size_t type = data.find("sinf");
+    if (type == std::string_view::npos || type < 4) return;
+    ReadScheme(id, bytes + type - 4, n - (type - 4));
+  }
+
+  void ReadScheme(std::uint32_t id, const unsigned char* bytes, std::size_t n) {
+    MemorySource memory(bytes, n);
+    CachedSource source(&memory);
+    BoxTree boxes(&source);
+    const BoxId sinf = boxes.FirstChild(kRootBox);
+    if (sinf == kNoBox) return;
+    Subject subject;
+    subject.scheme = ReadSchemeInfo(&boxes, sinf).type;
+    const BoxId schm = boxes.Child(sinf, FourCC("schm"));
+    const BoxId says = schm != kNoBox ? schm : sinf;
+    const auto before = static_cast<std::uint64_t>(bytes - sample_->data());
+    schemes_[id] = subject.scheme;
+    findings_->ProtectAt(path_ + "/" + boxes.Path(says),
+                         sampleOffset_ + before + boxes.At(says).offset, subject,
+                         "An IPMP descriptor with protection scheme information.");
+  }
+
+  void Protect(const Target& target) {
+    Subject subject;
+    const auto scheme = schemes_.find(target.pointer);
+    if (scheme != schemes_.end()) subject.scheme = scheme->second;
+    const auto facts = movie_->tracks.find(target.track);
+    if (facts == movie_->tracks.end()) {
+      findings_->Protect(track_.trak, subject,
+                         "An object descriptor points to IPMP protection of an unknown track.");
+      return;
+    }
+    subject.track = target.track;
+    facts->second.isProtected = true;
+    std::vector<ReportTrack>& tracks = findings_->Result().tracks;
+    if (facts->second.reported < tracks.size()) tracks[facts->second.reported].isProtected = true;
+    findings_->Protect(track_.trak, subject,
+                       "An object descriptor names the IPMP protection of track " +
+                           std::to_string(target.track) + ".");
+  }
+
+  void Doubt(std::string text) { findings_->Doubt(track_.trak, std::move(text)); }
+
+  Findings* findings_;
+  BoxTree& tree_;
+  ObjectTrack track_;
+  MovieFacts* movie_;
+  std::vector<std::uint32_t> mpod_;
+  std::vector<Target> targets_;
+  std::unordered_map<std::uint32_t, std::string> schemes_;  ///< by number of the IPMP descriptor
+  std::string path_;
+  const std::vector<unsigned char>* sample_ = nullptr;
+  std::uint64_t sampleOffset_ = 0;
+};
+
+}  // namespace
+
+void InspectObjectDescriptors(Findings* findings, const ObjectTrack& track, MovieFacts* movie) {
+  ObjectInspection(findings, track, movie).Run();
+}
+
+}  // namespace mp4

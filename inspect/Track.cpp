@@ -1,0 +1,138 @@
+#include "inspect/Track.h"
+
+#include <algorithm>
+
+#include "inspect/Items.h"
+#include "inspect/Misplaced.h"
+#include "inspect/SampleEntries.h"
+#include "inspect/Signs.h"
+#include "io/FourCC.h"
+#include "iso/TypeText.h"
+
+namespace mp4 {
+
+namespace {
+
+/// Tracks kept in a report; all are looked at.
+constexpr std::size_t kMostTracks = 1000;
+
+/// TrackHeaderBox "tkhd" (8.3.2); 0 when there is none.
+std::uint32_t TrackIdOf(BoxTree* tree, BoxId trak) {
+  const BoxId header = tree->Child(trak, FourCC("tkhd"));
+  if (header == kNoBox) return 0;
+  const std::uint8_t version = tree->Payload(header, 0, 1).U8();
+  return tree->Payload(header, version == 1 ? 20 : 12, 4).U32();
+}
+
+class TrackInspection {
+ public:
+  TrackInspection(Findings* findings, MovieFacts* movie, Signs* signs)
+      : findings_(findings), tree_(findings->Tree()), movie_(movie), signs_(signs) {}
+
+  void Run(BoxId trak) {
+    track_.id = TrackIdOf(&tree_, trak);
+    bool media = false;
+    for (BoxId box = tree_.FirstChild(trak); box != kNoBox; box = tree_.Next(box)) {
+      switch (tree_.At(box).type) {
+        case FourCC("mdia"):
+          media = true;
+          LookAtMedia(box);
+          break;
+        case FourCC("meta"):
+          InspectItems(findings_, box);
+          break;
+        case FourCC("tref"):
+          hasObjects_ = hasObjects_ || tree_.Child(box, FourCC("mpod")) != kNoBox;
+          break;
+        default:
+          LookAtOther(box);
+          break;
+      }
+    }
+    if (!media) DoubtMissing(trak, "mdia");
+    Publish(trak);
+  }
+
+ private:
+  void LookAtMedia(BoxId mdia) {
+    const BoxId handler = tree_.Child(mdia, FourCC("hdlr"));
+    if (handler != kNoBox) {
+      FieldView fields = tree_.Payload(handler, 8, 4);
+      const std::uint32_t type = fields.Type();
+      if (fields.Ok()) track_.handler = TypeText(type);
+      hasObjects_ = hasObjects_ || type == FourCC("odsm");
+    }
+    bool any = false;
+    for (BoxId box = tree_.FirstChild(mdia); box != kNoBox; box = tree_.Next(box)) {
+      if (tree_.At(box).type != FourCC("minf")) {
+        LookAtOther(box);
+        continue;
+      }
+      any = true;
+      LookAtInformation(box);
+    }
+    if (!any) DoubtMissing(mdia, "minf");
+  }
+
+  void LookAtInformation(BoxId minf) {
+    bool any = false;
+    for (BoxId box = tree_.FirstChild(minf); box != kNoBox; box = tree_.Next(box)) {
+      if (tree_.At(box).type != FourCC("stbl")) {
+        LookAtOther(box);
+        continue;
+      }
+      any = true;
+      LookAtTables(box);
+    }
+    if (!any) DoubtMissing(minf, "stbl");
+  }
+
+  void LookAtTables(BoxId stbl) {
+    bool any = false;
+    for (BoxId box = tree_.FirstChild(stbl); box != kNoBox; box = tree_.Next(box)) {
+      if (tree_.At(box).type != FourCC("stsd")) {
+        LookAtOther(box);
+        continue;
+      }
+      any = true;
+      entries_ += InspectSampleEntries(findings_, box, &track_);
+    }
+    if (!any) DoubtMissing(stbl, "stsd");
+  }
+
+  void LookAtOther(BoxId box) {
+    if (!signs_->Collect(box, track_.id)) CheckUnknownBox(findings_, box);
+  }
+
+  void DoubtMissing(BoxId parent, const char* type) {
+    findings_->Doubt(parent, "track " + std::to_string(track_.id) + " has no \"" + type +
+                                 "\" box, so its sample entries are unknown");
+  }
+
+  void Publish(BoxId trak) {
+    if (hasObjects_ && movie_->objectTracks.size() < kMostTracks)
+      movie_->objectTracks.push_back({trak, track_.id});
+    TrackFacts& facts = movie_->tracks[track_.id];
+    facts.entries = std::max(facts.entries, entries_);
+    facts.isProtected = facts.isProtected || track_.isProtected;
+    std::vector<ReportTrack>& reported = findings_->Result().tracks;
+    facts.reported = reported.size();
+    if (reported.size() < kMostTracks) reported.push_back(std::move(track_));
+  }
+
+  Findings* findings_;
+  BoxTree& tree_;
+  MovieFacts* movie_;
+  Signs* signs_;
+  ReportTrack track_;
+  std::uint64_t entries_ = 0;
+  bool hasObjects_ = false;
+};
+
+}  // namespace
+
+void InspectTrack(Findings* findings, BoxId trak, MovieFacts* movie, Signs* signs) {
+  TrackInspection(findings, movie, signs).Run(trak);
+}
+
+}  // namespace mp4

@@ -1,0 +1,144 @@
+#include "inspect/TreeProblems.h"
+
+#include "inspect/Words.h"
+#include "io/FourCC.h"
+#include "iso/TypeText.h"
+
+namespace mp4 {
+
+namespace {
+
+/// Top-level boxes whose missing bytes are media or notes.
+bool IsHarmlessWhenCut(std::uint32_t type) {
+  switch (type) {
+    case FourCC("mdat"):
+    case FourCC("free"):
+    case FourCC("skip"):
+    case FourCC("wide"):
+    case FourCC("udta"):
+    case FourCC("mfra"):
+    case FourCC("sidx"):
+    case FourCC("ssix"):
+    case FourCC("emsg"):
+    case FourCC("prft"):
+    case FourCC("pnot"):
+    case FourCC("PICT"):
+      return true;
+    default:
+      return false;
+  }
+}
+
+/// Whether the box is a sample entry or lies in one: those are searched byte by byte.
+bool IsInSampleEntry(const BoxTree& tree, BoxId box) {
+  while (box != kRootBox && box != kNoBox) {
+    const BoxId parent = tree.At(box).parent;
+    if (parent != kNoBox && tree.At(parent).type == FourCC("stsd")) return true;
+    box = parent;
+  }
+  return false;
+}
+
+bool MayHide(const BoxTree& tree, const BoxProblem& problem) {
+  switch (problem.fault) {
+    case BoxFault::kNotDelivered:
+    case BoxFault::kTooManyBoxes:
+    case BoxFault::kTooDeep:
+    case BoxFault::kNotInflated:
+      return true;
+    case BoxFault::kMoreThanCounted:
+    case BoxFault::kRestUnreadable:  // fewer bytes than the smallest box
+      return false;
+    case BoxFault::kCutByEnd:
+      if (tree.At(problem.box).parent == kRootBox)
+        return !IsHarmlessWhenCut(tree.At(problem.box).type);
+      break;
+    case BoxFault::kOverrunsParent:
+    case BoxFault::kSmallerThanHeader:
+    case BoxFault::kStandsStill:
+    case BoxFault::kFewerThanCounted:
+    case BoxFault::kFieldsCut:
+    case BoxFault::kNoLayoutFits:
+      break;
+  }
+  return !IsInSampleEntry(tree, problem.box);
+}
+
+std::string NameOf(const BoxTree& tree, BoxId box) {
+  if (box == kRootBox) return "the file";
+  const std::uint32_t type = tree.At(box).type;
+  if (type == FourCC("moov")) return "the movie box";
+  if (type == FourCC("moof")) return "a movie fragment";
+  return "the box \"" + TypeText(type) + "\"";
+}
+
+std::string TextOf(const BoxTree& tree, const BoxProblem& problem) {
+  const Box& box = tree.At(problem.box);
+  const std::string name = NameOf(tree, problem.box);
+  switch (problem.fault) {
+    case BoxFault::kOverrunsParent:
+      return name + " is longer than the box that holds it by " +
+             Grouped(box.size - (box.end - box.offset)) + " bytes";
+    case BoxFault::kCutByEnd:
+      return name + " is cut at byte " + Grouped(box.end - box.offset) + " of " +
+             Grouped(box.size) + ": bring the whole file";
+    case BoxFault::kSmallerThanHeader:
+      return "at byte " + Grouped(problem.offset) + ", " + name +
+             " holds a box whose size is smaller than its header";
+    case BoxFault::kStandsStill:
+      return "at byte " + Grouped(problem.offset) + ", " + name +
+             " holds a box with a 64-bit size of 0";
+    case BoxFault::kRestUnreadable:
+      return name + " ends in bytes that are no box";
+    case BoxFault::kFewerThanCounted:
+      return name + " announces more entries than it holds";
+    case BoxFault::kMoreThanCounted:
+      return name + " holds more entries than it announces";
+    case BoxFault::kFieldsCut:
+      return name + " ends before its own fields do";
+    case BoxFault::kNoLayoutFits:
+      return "the boxes of sample entry \"" + TypeText(box.type) + "\" cannot be found";
+    case BoxFault::kNotInflated:
+      return "a compressed movie does not inflate, or not as a whole";
+    case BoxFault::kTooDeep:
+      return name + " is nested deeper than the limit";
+    case BoxFault::kTooManyBoxes:
+      return "there are more boxes than the limit";
+    case BoxFault::kNotDelivered:
+      break;
+  }
+  return name + " could not be read at byte " + Grouped(problem.offset);
+}
+
+/// None in an inflated movie. The children of a compressed box lie in another space than it.
+std::optional<std::uint64_t> OffsetOf(const BoxTree& tree, const BoxProblem& problem) {
+  const Box& box = tree.At(problem.box);
+  const bool compressed =
+      box.type == FourCC("cmvd") || box.type == FourCC("!mov") || box.type == FourCC("!mof");
+  if (box.space != 0 || (compressed && problem.offset != box.offset)) return std::nullopt;
+  return problem.offset;
+}
+
+}  // namespace
+
+std::string ReportTreeProblems(Findings* findings) {
+  const BoxTree& tree = findings->Tree();
+  std::string reason;
+  for (const BoxProblem& problem : tree.Problems()) {
+    std::string text = TextOf(tree, problem);
+    if (!MayHide(tree, problem)) {
+      findings->Remark(problem.box, OffsetOf(tree, problem), std::move(text));
+      continue;
+    }
+    if (reason.empty()) reason = text;
+    findings->Doubt(problem.box, OffsetOf(tree, problem), std::move(text));
+  }
+  if (tree.ProblemsDropped() != 0) {
+    const std::string text = "there are more broken boxes than the limit";
+    if (reason.empty()) reason = text;
+    findings->Doubt(kRootBox, text);
+  }
+  return reason;
+}
+
+}  // namespace mp4
