@@ -1,11 +1,15 @@
 #include "demux/Mp4Demux.h"
 
 #include "boxes/base/BoxReading.h"
+#include "io/AttachedScan.h"
 #include "io/BulkRead.h"
+#include "io/Charge.h"
 #include "io/FourCC.h"
 #include "io/Limits.h"
 #include "io/Mp4StreamReader.h"
+#include "io/Prices.h"
 #include "io/ScanControl.h"
+#include "io/WithoutThrowing.h"
 
 namespace {
 
@@ -86,15 +90,9 @@ bool Mp4Demux::Open(std::unique_ptr<mmStreamReader> from, Purpose purpose) {
 
     mp4::ScanControl scan(fileSize);
     scan.tablesUnread = purpose == Purpose::kJudge;
-    source->AttachScan(&scan);
-    context->scan = &scan;
-    try {
-      opened = Scan(fileSize);
-    } catch (...) {
-      opened = false;
-    }
-    context->scan = nullptr;
-    source->AttachScan(nullptr);
+    const mp4::AttachedScan toReader(source, &scan);
+    const mp4::AttachedScan toContext(context.get(), &scan);
+    opened = Scan(fileSize);
   });
   return opened;
 }
@@ -121,9 +119,8 @@ bool Mp4Demux::ReadFirstBox(long long fileSize, long long* scanFrom) {
 }
 
 bool Mp4Demux::ScanTopLevel(long long fileSize, long long pos) {
-  mp4::ScanControl* scan = reader->Scan();
   while (pos < fileSize) {
-    if (scan != nullptr && !scan->TakeHeader()) return false;
+    if (!mp4::ChargeStep(reader.get())) return false;
     unsigned char bytes[8] = {};
     reader->GetData(bytes, sizeof bytes);
     const std::uint32_t stored = mp4::LoadBe32(bytes);
@@ -169,8 +166,7 @@ bool Mp4Demux::ReadMovie(long long payload) {
 }
 
 bool Mp4Demux::ReadFragment(long long payload) {
-  mp4::ScanControl* scan = reader->Scan();
-  if (scan != nullptr && !scan->TakeMemory(mp4::kCollectedBoxMemory)) return false;
+  if (!mp4::Charge(reader.get(), 0, mp4::prices::kCollectedBox)) return false;
   auto fragment = std::make_unique<BoxMOOF>();
   if (!fragment->ReadData(reader.get(), payload, nullptr)) return false;
   if (mp4::OnlyJudges(reader.get())) return true;

@@ -1,11 +1,12 @@
 #include <algorithm>
 #include <climits>
 #include <cstring>
-#include <new>
 
 #include "demux/Mp4Demux.h"
 #include "demux/Mp4FileMode.h"
 #include "io/ByteOrder.h"
+#include "io/MakeLazyArray.h"
+#include "io/WithoutThrowing.h"
 
 namespace {
 
@@ -19,7 +20,8 @@ int CapacityFor(int n) {
 }
 
 std::unique_ptr<Mp4BlockBuffer> MakeBlockBuffer(int n) {
-  std::unique_ptr<Mp4BlockBuffer> buffer(new (std::nothrow) Mp4BlockBuffer);
+  std::unique_ptr<Mp4BlockBuffer> buffer;
+  mp4::WithoutThrowing([&] { buffer = std::make_unique<Mp4BlockBuffer>(); });
   const int capacity = CapacityFor(n);
   if (buffer == nullptr || capacity == 0) return buffer;
   buffer->data = mp4::MakeLazyArray<unsigned char>(static_cast<std::size_t>(capacity + kBlockTail));

@@ -3,10 +3,14 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <new>
 #include <utility>
 
+#include "io/Charge.h"
+#include "io/NewArray.h"
+#include "io/Prices.h"
 #include "io/ScanControl.h"
+#include "io/WithoutThrowing.h"
+#include "io/WrapMath.h"
 
 namespace mp4 {
 
@@ -14,8 +18,6 @@ namespace {
 
 constexpr long long kLargestRead = 1LL << 30;
 constexpr std::size_t kSmallestTable = 32;
-/// A table's row may be published a second time in the track record, in up to twice its width.
-constexpr long long kTableCharge = 3;
 
 /// Whether a read at the end of the source advances (memory does, a file does not). Consumes one
 /// byte where it does.
@@ -34,12 +36,6 @@ std::size_t ReadHeld(mmStreamReader* reader, unsigned char* dst, long long n) {
     if (delivered < chunk) break;
   }
   return static_cast<std::size_t>(got);
-}
-
-/// The product is safe: an account never affords that many bytes.
-bool Charge(mmStreamReader* reader, long long bytes, long long memoryPerByte) {
-  ScanControl* scan = reader->Scan();
-  return scan == nullptr || (scan->TakeBytes(bytes) && scan->TakeMemory(bytes * memoryPerByte));
 }
 
 }  // namespace
@@ -79,8 +75,10 @@ bool ReadTable(mmStreamReader* reader, long long n, std::size_t entrySize,
   entries->reset();
   if (n < 0) reader->Skip(n);
   const long long held = std::min(std::max(n, 0LL), Remaining(reader));
-  auto buffer = std::unique_ptr<mmBuffer>(new (std::nothrow) mmBuffer);
-  const bool afforded = Charge(reader, held, kTableCharge);
+  std::unique_ptr<mmBuffer> buffer;
+  WithoutThrowing([&] { buffer = std::make_unique<mmBuffer>(); });
+  // No account affords so many bytes that the product wraps.
+  const bool afforded = Charge(reader, held, WrapMul(held, prices::kMemoryPerTableByte));
   const bool unread = OnlyJudges(reader);
   const auto room = std::max(unread ? 0 : static_cast<std::size_t>(held), kSmallestTable);
   if (!afforded || buffer == nullptr || !buffer->Allocate(room)) {
@@ -103,7 +101,7 @@ std::unique_ptr<unsigned char[]> ReadArray(mmStreamReader* reader, long long n, 
   const long long exists = std::min(std::max(n, 0LL), Remaining(reader));
   const auto allocated = static_cast<std::size_t>(exists + 16) & ~std::size_t{15};
   std::unique_ptr<unsigned char[]> bytes;
-  if (Charge(reader, exists, 1)) bytes.reset(new (std::nothrow) unsigned char[allocated]);
+  if (Charge(reader, exists, exists)) bytes = NewArray<unsigned char>(allocated);
   if (bytes == nullptr) {
     PassAsRead(reader, n);
     return nullptr;

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cstring>
-#include <new>
 
+#include "io/NewArray.h"
 #include "io/ReadAhead.h"
 
 namespace mp4 {
@@ -59,7 +59,7 @@ const CachedSource::Piece* CachedSource::Load(std::uint64_t offset, std::size_t 
   const std::size_t step =
       static_cast<std::size_t>(std::min<std::uint64_t>(StepFor(offset, n), Size() - offset));
   Piece piece{offset, 0, nullptr};
-  piece.bytes.reset(new (std::nothrow) unsigned char[step]);
+  piece.bytes = NewArray<unsigned char>(step);
   if (piece.bytes == nullptr) {
     Report({SourceFault::kNoMemory, offset, n, 0});
     return nullptr;

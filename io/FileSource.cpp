@@ -5,7 +5,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <new>
+
+#include "io/WithoutThrowing.h"
 
 namespace mp4 {
 
@@ -18,8 +19,8 @@ std::unique_ptr<FileSource> FileSource::Open(const char* path, OpenResult* resul
     *result = {OpenFault::kSystem, errno};
     return nullptr;
   }
-  std::unique_ptr<FileSource> source(new (std::nothrow) FileSource(file));
-  if (source == nullptr) {
+  std::unique_ptr<FileSource> source;
+  if (!WithoutThrowing([&] { source.reset(new FileSource(file)); })) {
     close(file);
     *result = {OpenFault::kSystem, ENOMEM};
     return nullptr;

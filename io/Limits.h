@@ -45,8 +45,6 @@ constexpr std::int64_t kInflateSpare = 64 * kKiB;
 /// All compressed movies of one opening together: what bounds the time spent inflating.
 constexpr std::int64_t kInflatedTotal = 256 * kMiB;
 constexpr std::int64_t kInflatedPerSourceByte = 16;
-/// Charged to that total for each movie besides its size: zlib sets up its own tables every time.
-constexpr std::int64_t kInflateSetUp = 64 * kKiB;
 /// Compressed movies inside compressed movies.
 constexpr int kDeepestCompressedMovie = 4;
 

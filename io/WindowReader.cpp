@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <climits>
 #include <cstring>
-#include <new>
 
+#include "io/NewArray.h"
 #include "io/ScanControl.h"
 
 namespace mp4 {
@@ -42,7 +42,7 @@ std::size_t WindowReader::NextStep() const {
 bool WindowReader::Fill() {
   if (NothingThere()) return false;
   if (window == nullptr) {
-    window.reset(new (std::nothrow) unsigned char[kLargestStep]);
+    window = NewArray<unsigned char>(kLargestStep);
     if (window == nullptr) return false;
   }
   windowStep = NextStep();

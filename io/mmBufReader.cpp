@@ -3,15 +3,15 @@
 #include <algorithm>
 #include <climits>
 #include <cstring>
-#include <new>
 #include <utility>
 
+#include "io/NewArray.h"
 #include "io/WrapMath.h"
 
 mmBufReader::mmBufReader(const void* bytes, std::size_t n) {
   const std::size_t length = std::min<std::size_t>(n, INT_MAX);
   if (bytes == nullptr || length == 0) return;
-  data.reset(new (std::nothrow) unsigned char[length]);
+  data = mp4::NewArray<unsigned char>(length);
   if (data == nullptr) return;
   std::memcpy(data.get(), bytes, length);
   capacity = size = static_cast<int>(length);

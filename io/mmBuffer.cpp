@@ -4,6 +4,8 @@
 #include <cstring>
 #include <utility>
 
+#include "io/MakeLazyArray.h"
+
 mmBuffer::~mmBuffer() = default;
 
 bool mmBuffer::Allocate(std::size_t bytes) {

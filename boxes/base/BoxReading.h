@@ -6,14 +6,17 @@
 #include <utility>
 #include <vector>
 
+#include "boxes/base/FullBoxHeader.h"
 #include "io/ByteOrder.h"
-#include "io/ScanControl.h"
+#include "io/Charge.h"
+#include "io/Prices.h"
+#include "io/WithoutThrowing.h"
 #include "io/WrapMath.h"
 #include "io/mmStreamReader.h"
 
 class Mp4Context;
 
-/// What every box source is made of: the child loop, the full-box header, and child creation.
+/// What every box source is made of: the child loop and child creation.
 namespace mp4 {
 
 /// A child's header inside a container.
@@ -43,20 +46,15 @@ struct WalkEnd {
 template <class Dispatch>
 WalkEnd WalkChildren(mmStreamReader* reader, long long size, long long consumed,
                      UnknownChild unknown, Dispatch&& dispatch, long long most = LLONG_MAX) {
-  ScanControl* scan = reader->Scan();
   while (consumed < size && consumed <= most) {
-    if (scan != nullptr && !scan->TakeHeader()) return {consumed, true};
+    if (!ChargeStep(reader)) return {consumed, true};
     unsigned char header[8] = {};
     reader->GetData(header, sizeof header);
     const std::uint32_t stored = LoadBe32(header);
     const long long childSize = stored != 0 ? stored : size - consumed;
     const ChildHeader child{LoadLe32(header + 4), childSize, childSize - 8};
     Child result = Child::kFailed;
-    try {
-      result = dispatch(child);
-    } catch (...) {
-      result = Child::kFailed;
-    }
+    WithoutThrowing([&] { result = dispatch(child); });
     if (result == Child::kUnknown && unknown == UnknownChild::kSkip) reader->Skip(child.payload);
     consumed = WrapAdd(consumed, childSize);
     if (result == Child::kFailed) return {consumed, true};
@@ -100,44 +98,15 @@ Child ReadReplacing(std::unique_ptr<Box>* slot, mmStreamReader* reader, const Ch
   return (*slot)->ReadData(reader, child.payload, context) ? Child::kRead : Child::kFailed;
 }
 
-/// Charged to the opening for one box of a list: the object, its place, and the box below it.
-constexpr std::int64_t kCollectedBoxMemory = 128;
-
 /// Reads a child into a new box that joins a list when it succeeds.
 template <class Box>
 Child ReadCollected(std::vector<std::unique_ptr<Box>>* list, mmStreamReader* reader,
                     const ChildHeader& child, Mp4Context* context) {
-  ScanControl* scan = reader->Scan();
-  if (scan != nullptr && !scan->TakeMemory(kCollectedBoxMemory)) return Child::kFailed;
+  if (!Charge(reader, 0, prices::kCollectedBox)) return Child::kFailed;
   auto box = std::make_unique<Box>();
   if (!box->ReadData(reader, child.payload, context)) return Child::kFailed;
   list->push_back(std::move(box));
   return Child::kRead;
-}
-
-/// Version and flags of a full box.
-struct FullBoxHeader {
-  std::uint8_t version;
-  std::uint32_t flags;
-};
-
-inline FullBoxHeader ReadFullBoxHeader(mmStreamReader* reader) {
-  const std::uint8_t version = reader->GetByte();
-  return {version, reader->GetBe24()};
-}
-
-/// Passes over version and flags. A seek, unlike a read, may go past the end of a file.
-inline void SkipFullBoxHeader(mmStreamReader* reader) { reader->Skip(4); }
-
-/// Runs what may allocate in a function that must not throw; false when it threw.
-template <class Work>
-bool WithoutThrowing(Work&& work) {
-  try {
-    work();
-    return true;
-  } catch (...) {
-    return false;
-  }
 }
 
 }  // namespace mp4

@@ -128,6 +128,8 @@ class MP4JUDGE_API Mp4Context {
 
   /// The account that fragment merging is charged to while a file is being opened; null otherwise.
   mp4::ScanControl* scan = nullptr;
+  /// Attaches it (borrowed; null detaches). Not for hosts.
+  void AttachScan(mp4::ScanControl* control) { scan = control; }
 };
 
 namespace mp4 {

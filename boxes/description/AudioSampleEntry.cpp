@@ -2,6 +2,7 @@
 #include "boxes/description/BoxSTSD.h"
 #include "boxes/description/SampleEntryReading.h"
 #include "boxes/description/SoundDescription.h"
+#include "io/Charge.h"
 #include "io/FourCC.h"
 
 namespace {
@@ -57,7 +58,7 @@ bool SearchForward(mmStreamReader* reader, long long size, FirstChild* child) {
       child->position += passed;
       break;
     }
-    if (!mp4::TakeStep(reader)) return false;
+    if (!mp4::ChargeStep(reader)) return false;
     child->size = child->type;
     child->type = reader->GetLe32();
     child->position += 4;

@@ -79,8 +79,8 @@ bool ReadDecoderConfig(mmStreamReader* reader, Track* track, long long* consumed
 
 bool BoxESDS::ReadData(mmStreamReader* reader, long long size, Mp4Context* context) {
   if (reader == nullptr || size <= 0) return false;
-  long long consumed = 0;
-  Pass(reader, 4, &consumed);  // version, flags
+  long long consumed = 4;
+  mp4::SkipFullBoxHeader(reader);
   const Descriptor outer = ReadDescriptor(reader, &consumed);
   Pass(reader, 2, &consumed);  // ES ID
   // The optional fields that the stream flags announce are not passed over.

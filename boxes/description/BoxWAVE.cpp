@@ -2,6 +2,7 @@
 
 #include "boxes/base/BoxReading.h"
 #include "boxes/description/SampleEntryReading.h"
+#include "io/Charge.h"
 #include "io/FourCC.h"
 
 namespace {
@@ -29,7 +30,7 @@ void PassOverTwice(mmStreamReader* reader, long long size) {
 bool Walk(mmStreamReader* reader, long long size, Track* track) {
   long long consumed = 0;
   while (consumed + 8 < size && mp4::Remaining(reader) > 0) {
-    if (!mp4::TakeStep(reader)) return false;
+    if (!mp4::ChargeStep(reader)) return false;
     reader->GetBe32();  // child size
     const std::uint32_t type = reader->GetLe32();
     if (type == mp4::FourCC("enda")) {

@@ -2,27 +2,14 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <utility>
 
 #include "boxes/base/Mp4Context.h"
 #include "io/BulkRead.h"
-#include "io/ScanControl.h"
 
 /// What the boxes of a sample description share.
 namespace mp4 {
-
-/// Charges bytes to the opening in progress, if there is one; false when the account refuses.
-inline bool TakeBytes(mmStreamReader* reader, std::int64_t n) {
-  ScanControl* scan = reader->Scan();
-  return scan == nullptr || scan->TakeBytes(n);
-}
-
-/// Charges one step of a search through a box. It costs what a box header costs, and a few small
-/// boxes can have the same bytes searched again and again.
-inline bool TakeStep(mmStreamReader* reader) {
-  ScanControl* scan = reader->Scan();
-  return scan == nullptr || scan->TakeHeader();
-}
 
 /// Puts decoder configuration into slot 0 of the record, in place of what was there.
 inline void SetExtraData(Mp4Context::TRACK* track, std::unique_ptr<unsigned char[]> bytes,

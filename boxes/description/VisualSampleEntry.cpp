@@ -1,11 +1,13 @@
 #include <algorithm>
 #include <cstring>
-#include <new>
+#include <utility>
 
 #include "boxes/base/BoxReading.h"
 #include "boxes/description/BoxSTSD.h"
 #include "boxes/description/SampleEntryReading.h"
+#include "io/Charge.h"
 #include "io/FourCC.h"
+#include "io/NewArray.h"
 
 namespace {
 
@@ -68,8 +70,8 @@ bool ReadSequence(mmStreamReader* reader, long long sequence, Track* track) {
   mp4::SetExtraData(track, nullptr, 0);
   const auto content = static_cast<std::size_t>(kSequenceOffset + sequence);
   const std::size_t allocated = (content + 24) & ~std::size_t{15};
-  if (!mp4::TakeBytes(reader, sequence)) return false;
-  std::unique_ptr<unsigned char[]> bytes(new (std::nothrow) unsigned char[allocated]());
+  if (!mp4::Charge(reader, sequence, 0)) return false;
+  auto bytes = mp4::NewZeroedArray<unsigned char>(allocated);
   if (bytes == nullptr) return false;
   std::memcpy(bytes.get(), "SVQ3", 4);
   reader->GetData(bytes.get() + kSequenceOffset, static_cast<unsigned int>(sequence));

@@ -5,21 +5,14 @@
 #include "boxes/base/BoxReading.h"
 #include "boxes/fragments/BoxMOOF.h"
 #include "boxes/movie/BoxMOOV.h"
+#include "io/Prices.h"
+#include "io/ScanControl.h"
+#include "io/WithoutThrowing.h"
 
 namespace {
 
 /// Set in the flags of a sample that is not a sync sample; no other bit is looked at.
 constexpr std::uint32_t kNotSync = 0x10000;
-
-/// What the opening is charged for a merged run: the memory its samples take in the tables, growth
-/// included, whether or not the file holds a byte for them.
-constexpr std::int64_t kRunCost = 64;
-constexpr std::int64_t kSizeCost = 16;
-constexpr std::int64_t kTimeCost = 16;
-constexpr std::int64_t kSyncCost = 4;
-/// On top of it, for each step of a loop over what the run brings no bytes for: samples without an
-/// entry in the file, and rows that are published over again.
-constexpr std::int64_t kStepCost = 8;
 
 /// The values that hold for all runs of a track fragment.
 struct FragmentValues {
@@ -63,7 +56,7 @@ class RunMerge {
   }
 
   std::int64_t Cost() const {
-    return kRunCost + SizeCost() + TimeCost() + SyncCost() + RefillCost();
+    return mp4::prices::kMergedRun + SizeCost() + TimeCost() + SyncCost() + RefillCost();
   }
 
   /// `bytesBefore` is the size of the fragment's earlier runs; this run's is added to it.
@@ -111,7 +104,7 @@ std::int64_t RunMerge::SizeCost() const {
   const bool read = Has(BoxTRUN::kSampleSize) && held > 0;
   const std::uint32_t size = Has(BoxTRUN::kSampleSize) ? 0 : values.size;
   if (!read && tables->sampleSizeBox->StaysConstant(size)) return 0;
-  return kSizeCost * run.sample_count;
+  return mp4::prices::kMergedSize * run.sample_count;
 }
 
 std::int64_t RunMerge::TimeCost() const {
@@ -121,15 +114,15 @@ std::int64_t RunMerge::TimeCost() const {
   // Equal durations share one row, which the run pays for, unless the table's count is hostile.
   const long long shared =
       read ? times->MostRowsFor(0, absent) : times->MostRowsFor(values.duration, run.sample_count);
-  return kTimeCost * ((read ? held : 0) + std::max(0LL, shared - 1));
+  return mp4::prices::kMergedTime * ((read ? held : 0) + std::max(0LL, shared - 1));
 }
 
 std::int64_t RunMerge::SyncCost() const {
   if (tables->sampleSizeBox == nullptr || tables->syncSampleBox == nullptr) return 0;
   if (!Has(BoxTRUN::kSampleFlags) && (values.flags & kNotSync) != 0) {
-    return Has(BoxTRUN::kFirstSampleFlags) ? kSyncCost : 0;
+    return Has(BoxTRUN::kFirstSampleFlags) ? mp4::prices::kMergedSync : 0;
   }
-  return kSyncCost * run.sample_count + kStepCost * absent;
+  return mp4::prices::kMergedSync * run.sample_count + mp4::prices::kMergedStep * absent;
 }
 
 /// Nothing, unless two tracks of a hostile file take turns in filling one track record.
@@ -138,7 +131,7 @@ std::int64_t RunMerge::RefillCost() const {
   const BoxSTCO* offsets = tables->chunkOffsetBox.get();
   const std::int64_t rows = (times != nullptr ? times->RowsToRefill() : 0) +
                             (offsets != nullptr ? offsets->RowsToRefill() : 0);
-  return kStepCost * rows;
+  return mp4::prices::kMergedStep * rows;
 }
 
 /// A run is one chunk. Behind an explicit base the earlier runs are deliberately not counted: runs

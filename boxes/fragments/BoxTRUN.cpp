@@ -5,6 +5,9 @@
 
 #include "boxes/base/BoxReading.h"
 #include "io/BulkRead.h"
+#include "io/Charge.h"
+#include "io/Limits.h"
+#include "io/MakeLazyArray.h"
 
 namespace {
 
@@ -67,7 +70,10 @@ bool BoxTRUN::ReadEntries(mmStreamReader* reader) {
   const long long bytes = claimed > 0 ? std::min(claimed, mp4::Remaining(reader)) : 0;
   const long long held = width > 0 ? (bytes + width - 1) / width : 0;
   absentEntries = static_cast<std::uint32_t>(sample_count - held);
-  if (!Charge(reader, bytes)) return false;
+  // The same whether or not the entries are loaded, so that judging fails where opening would.
+  const std::int64_t memory = mp4::CostOfLazyArray(
+      (sample_count - absentEntries) * sizeof(TrunEntry), absentEntries * sizeof(TrunEntry));
+  if (!mp4::Charge(reader, bytes, memory)) return false;
   if (mp4::OnlyJudges(reader)) {
     mp4::PassAsRead(reader, claimed);
     return true;
@@ -77,17 +83,6 @@ bool BoxTRUN::ReadEntries(mmStreamReader* reader) {
   DecodeEntries(reader, bytes);
   mp4::PassAsRead(reader, claimed - bytes);
   return true;
-}
-
-/// The same whether or not the entries are loaded, so that judging fails where opening would. Where
-/// the entries that exist share mapped pages with those that do not, whole pages are charged.
-bool BoxTRUN::Charge(mmStreamReader* reader, long long bytes) const {
-  mp4::ScanControl* scan = reader->Scan();
-  if (scan == nullptr) return true;
-  std::size_t held = (sample_count - absentEntries) * sizeof(TrunEntry);
-  if (absentEntries * sizeof(TrunEntry) >= mp4::kMapZerosFrom) held = mp4::WholePages(held);
-  const std::size_t zeros = mp4::CostOfZeros(absentEntries * sizeof(TrunEntry));
-  return scan->TakeBytes(bytes) && scan->TakeMemory(static_cast<std::int64_t>(held + zeros));
 }
 
 /// Reads `bytes` of entries. The last one may be cut off by the source's end: it keeps the bytes

@@ -44,6 +44,5 @@ class MP4JUDGE_API BoxTRUN : public BoxBase {
 
  private:
   bool ReadEntries(mmStreamReader* reader);
-  bool Charge(mmStreamReader* reader, long long bytes) const;
   void DecodeEntries(mmStreamReader* reader, long long bytes);
 };

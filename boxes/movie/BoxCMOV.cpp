@@ -4,13 +4,15 @@
 
 #include <algorithm>
 #include <cstring>
-#include <new>
 #include <utility>
 
 #include "io/BulkRead.h"
 #include "io/FourCC.h"
 #include "io/Limits.h"
+#include "io/NewArray.h"
+#include "io/Prices.h"
 #include "io/ScanControl.h"
+#include "io/WithoutThrowing.h"
 #include "io/WrapMath.h"
 
 namespace {
@@ -29,7 +31,7 @@ bool IsJustified(std::uint32_t announced, long long compressed) {
 /// Inflates into a new array of `announced` bytes; null when memory or zlib refuses.
 std::unique_ptr<unsigned char[]> Uncompress(const unsigned char* packed, std::size_t length,
                                             std::uint32_t announced) {
-  std::unique_ptr<unsigned char[]> plain(new (std::nothrow) unsigned char[announced]);
+  auto plain = mp4::NewArray<unsigned char>(announced);
   uLongf filled = announced;
   if (plain == nullptr || uncompress(plain.get(), &filled, packed, length) != Z_OK) return nullptr;
   std::memset(plain.get() + filled, 0, announced - filled);
@@ -69,12 +71,12 @@ bool BoxCMOV::Inflate(mmStreamReader* reader, std::uint32_t length, std::uint32_
                       long long* consumed) {
   if (!IsJustified(announced, std::min<long long>(length, mp4::Remaining(reader)))) return false;
   mp4::ScanControl* scan = reader->Scan();
-  if (scan != nullptr && !scan->TakeInflated(announced + mp4::limits::kInflateSetUp)) return false;
+  if (scan != nullptr && !scan->TakeInflated(announced + mp4::prices::kInflateSetUp)) return false;
   std::size_t held = 0;
   const auto packed = mp4::ReadArray(reader, length, &held);
   *consumed += length;
   auto plain = packed != nullptr ? Uncompress(packed.get(), held, announced) : nullptr;
   if (plain == nullptr) return false;
-  movieStream.reset(new (std::nothrow) mmBufReader(std::move(plain), announced));
-  return movieStream != nullptr;
+  return mp4::WithoutThrowing(
+      [&] { movieStream = std::make_unique<mmBufReader>(std::move(plain), announced); });
 }

@@ -4,6 +4,7 @@
 
 #include "boxes/base/BoxReading.h"
 #include "boxes/movie/BoxCMOV.h"
+#include "io/AttachedScan.h"
 #include "io/FourCC.h"
 #include "io/Limits.h"
 #include "io/ScanControl.h"
@@ -70,7 +71,7 @@ mp4::Child BoxMOOV::ReadCompressed(mmStreamReader* reader, const mp4::ChildHeade
   if (!compressed.ReadData(reader, child.payload, context)) return mp4::Child::kFailed;
   mmBufReader* movie = compressed.GetMOOVDataStream();
   mp4::ScanControl scan(movie->GetSize(), reader->Scan());
-  if (reader->Scan() != nullptr) movie->AttachScan(&scan);
+  const mp4::AttachedScan attached(movie, reader->Scan() != nullptr ? &scan : nullptr);
   const std::uint32_t innerSize = movie->GetBe32();
   movie->GetLe32();  // its type, which is not looked at
   ++compressedDepth;

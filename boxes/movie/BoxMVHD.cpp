@@ -1,5 +1,6 @@
 #include "boxes/movie/BoxMVHD.h"
 
+#include "boxes/base/FullBoxHeader.h"
 #include "boxes/base/Mp4Context.h"
 #include "boxes/track/BoxTimes.h"
 
@@ -13,8 +14,7 @@ constexpr long long kBytesRead64 = 32;
 
 bool BoxMVHD::ReadData(mmStreamReader* reader, long long size, Mp4Context* context) {
   if (reader == nullptr || size <= 0) return false;
-  const std::uint8_t version = reader->GetByte();
-  reader->Skip(3);  // flags
+  const std::uint8_t version = mp4::ReadVersion(reader);
   creationTime = mp4::ReadTime(reader, version);
   modificationTime = mp4::ReadTime(reader, version);
   timescale = reader->GetBe32();

@@ -4,8 +4,8 @@
 
 #include "boxes/base/TableBody.h"
 #include "io/BigEndianRows.h"
+#include "io/FillFrom.h"
 #include "io/FourCC.h"
-#include "io/LazyArray.h"
 #include "io/WrapMath.h"
 
 namespace {
@@ -65,7 +65,7 @@ bool BoxSTSZ::ReadTableForm(mmStreamReader* reader, long long body, std::uint64_
 }
 
 void BoxSTSZ::SumEntries(std::uint64_t* total) {
-  const mp4::RowTotals totals = mp4::TotalBe32(entries->data.get(), sampleCount);
+  const mp4::RowTotals totals = mp4::WidestRows().total(entries->data.get(), sampleCount);
   largestSize = totals.largest;
   *total = totals.sum;
 }
@@ -92,7 +92,7 @@ void BoxSTSZ::PublishSizes() {
   }
   const unsigned char* rows = entries->data.get();
   mp4::FillFrom(&table, 0, sampleCount, [rows](std::size_t from, std::size_t n, tagSTSZ* out) {
-    mp4::CopyBe32(rows + from * kRowBytes, n, out);
+    mp4::WidestRows().copy(rows + from * kRowBytes, n, out);
   });
 }
 

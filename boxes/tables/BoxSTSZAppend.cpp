@@ -4,7 +4,7 @@
 
 #include "boxes/base/TableBody.h"
 #include "boxes/tables/BoxSTSZ.h"
-#include "io/LazyArray.h"
+#include "io/FillFrom.h"
 
 void BoxSTSZ::AppendSizes(unsigned int size, unsigned int count) {
   while (count > 0) {

@@ -5,8 +5,8 @@
 
 #include "boxes/base/TableBody.h"
 #include "io/BigEndianRows.h"
+#include "io/FillFrom.h"
 #include "io/FourCC.h"
-#include "io/LazyArray.h"
 #include "io/WrapMath.h"
 
 bool BoxSTTS::ReadData(mmStreamReader* reader, long long size, Mp4Context* context) {
@@ -30,7 +30,7 @@ bool BoxSTTS::ReadData(mmStreamReader* reader, long long size, Mp4Context* conte
 
 void BoxSTTS::SumEntries() {
   const auto rows = static_cast<std::size_t>(std::max(entryCount, 0));
-  const mp4::TimeTotals totals = mp4::TotalTimes(entries->data.get(), rows);
+  const mp4::TimeTotals totals = mp4::WidestRows().times(entries->data.get(), rows);
   totalSamples = static_cast<std::int32_t>(totals.samples);
   totalDuration = static_cast<std::int64_t>(totals.duration);
 }
@@ -100,7 +100,7 @@ void BoxSTTS::PublishEntries() {
   }
   const unsigned char* rows = entries->data.get();
   const auto load = [rows](std::size_t from, std::size_t n, tagSTTS* out) {
-    mp4::CopyBe32(rows + from * kRowBytes, 2 * n, out);
+    mp4::WidestRows().copy(rows + from * kRowBytes, 2 * n, out);
   };
   mp4::FillFrom(&table, first, static_cast<std::size_t>(std::max(entryCount, 0)), load);
   published = table.size();

@@ -1,11 +1,12 @@
 #include "boxes/track/BoxHDLR.h"
 
 #include <algorithm>
-#include <new>
 
+#include "boxes/base/FullBoxHeader.h"
 #include "boxes/base/Mp4Context.h"
 #include "io/BulkRead.h"
-#include "io/ScanControl.h"
+#include "io/Charge.h"
+#include "io/NewArray.h"
 
 namespace {
 
@@ -21,16 +22,11 @@ long long NameLength(mmStreamReader* reader, long long rest) {
   return rest;
 }
 
-bool Charge(mmStreamReader* reader, long long bytes) {
-  mp4::ScanControl* scan = reader->Scan();
-  return scan == nullptr || (scan->TakeBytes(bytes) && scan->TakeMemory(bytes));
-}
-
 }  // namespace
 
 bool BoxHDLR::ReadData(mmStreamReader* reader, long long size, Mp4Context* context) {
   if (reader == nullptr || size < kSmallestPayload) return false;
-  reader->Skip(4);    // version and flags
+  mp4::SkipFullBoxHeader(reader);
   reader->GetLe32();  // QuickTime component type
   handlerType = reader->GetLe32();
   reader->Skip(12);  // reserved
@@ -48,7 +44,7 @@ bool BoxHDLR::ReadName(mmStreamReader* reader, long long rest) {
   const long long length = NameLength(reader, rest);
   const long long exists = std::min(length, mp4::Remaining(reader));
   const auto held = static_cast<std::size_t>(exists);
-  if (Charge(reader, exists)) name.reset(new (std::nothrow) char[held + 1]);
+  if (mp4::Charge(reader, exists, exists)) name = mp4::NewArray<char>(held + 1);
   if (name == nullptr) {
     mp4::PassAsRead(reader, length);
     return false;

@@ -1,5 +1,6 @@
 #include "boxes/track/BoxMDHD.h"
 
+#include "boxes/base/FullBoxHeader.h"
 #include "boxes/base/Mp4Context.h"
 #include "boxes/track/BoxTimes.h"
 
@@ -12,8 +13,7 @@ constexpr long long kWidePayload = 36;
 
 bool BoxMDHD::ReadData(mmStreamReader* reader, long long size, Mp4Context* context) {
   if (reader == nullptr || size <= 0) return false;
-  const std::uint8_t version = reader->GetByte();
-  reader->Skip(3);  // flags
+  const std::uint8_t version = mp4::ReadVersion(reader);
   creationTime = mp4::ReadTime(reader, version);
   modificationTime = mp4::ReadTime(reader, version);
   timescale = reader->GetBe32();

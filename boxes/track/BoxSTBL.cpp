@@ -62,8 +62,8 @@ void BoxSTBL::CompleteAudioChunks(mmStreamReader* reader, Mp4Context* context) {
   if (last.firstChunk >= chunks) return;
   const std::size_t missing = chunks - last.firstChunk;
   mp4::ScanControl* scan = reader->Scan();
-  const auto bytes = static_cast<std::int64_t>(missing * 2 * sizeof(tagSTSC));
-  if (scan != nullptr && !scan->TakeMerge(bytes)) return;
+  const std::int64_t cost = mp4::prices::kCompletedChunk * static_cast<std::int64_t>(missing);
+  if (scan != nullptr && !scan->TakeMerge(cost)) return;
   sampleToChunkBox->AppendSampleToChunks(last.sampleDescriptionIndex, last.samplesPerChunk,
                                          missing);
 }

@@ -7,23 +7,17 @@
 #include "boxes/base/BoxReading.h"
 #include "io/BulkRead.h"
 #include "io/ByteOrder.h"
-#include "io/ScanControl.h"
+#include "io/Charge.h"
+#include "io/Prices.h"
 
 namespace {
 
 constexpr std::size_t kEntrySize = 12;
 constexpr std::size_t kEntriesPerRead = 256;
-/// An edit is held by the track box and again by the track's record.
-constexpr long long kCopies = 2;
 
 tagElstItem LoadEdit(const unsigned char* entry) {
   return {static_cast<std::int32_t>(mp4::LoadBe32(entry)),
           static_cast<std::int32_t>(mp4::LoadBe32(entry + 4)), mp4::LoadBe32(entry + 8)};
-}
-
-bool Charge(mmStreamReader* reader, long long bytes) {
-  mp4::ScanControl* scan = reader->Scan();
-  return scan == nullptr || (scan->TakeBytes(bytes) && scan->TakeMemory(bytes * kCopies));
 }
 
 void ReadEntries(mmStreamReader* reader, std::size_t count, std::vector<tagElstItem>* edits) {
@@ -46,7 +40,8 @@ bool mp4::ReadEditList(mmStreamReader* reader, std::vector<tagElstItem>* edits) 
   const auto declared = static_cast<std::int32_t>(reader->GetBe32());
   if (declared <= 0) return true;
   const long long exist = std::min<long long>(declared, Remaining(reader) / kWidth);
-  const bool afforded = Charge(reader, exist * kWidth);
+  const long long bytes = exist * kWidth;
+  const bool afforded = Charge(reader, bytes, bytes * prices::kMemoryPerEditByte);
   // Edits cannot change a judgement.
   if (!afforded || OnlyJudges(reader)) {
     PassAsRead(reader, declared * kWidth);

@@ -24,7 +24,6 @@ constexpr std::int64_t kInflateRatio = 1040;
 constexpr std::int64_t kInflateSpare = std::int64_t{1} << 61;
 constexpr std::int64_t kInflatedTotal = std::int64_t{1} << 61;
 constexpr std::int64_t kInflatedPerSourceByte = 16;
-constexpr std::int64_t kInflateSetUp = 64 * kKiB;
 constexpr int kDeepestCompressedMovie = 1000;
 constexpr std::int64_t kMostTracks = std::int64_t{1} << 61;
 constexpr std::uint32_t kMostRunSamples = 0xFFFFFFFF;
