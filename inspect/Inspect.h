@@ -2,7 +2,6 @@
 
 #include "inspect/Report.h"
 #include "io/CachedSource.h"
-#include "io/Export.h"
 
 namespace mp4 {
 
@@ -15,8 +14,8 @@ struct InspectOptions {
 /// Whether the file is protected, and where it says so (ISO/IEC 14496-12, 8.12; ISO/IEC 23001-7;
 /// ISO/IEC 14496-14; QuickTime). Never decrypts, and loads no sample table. Works on any bytes; a
 /// source that fails, or refused memory, is undetermined with the reason. `source` is borrowed.
-MP4JUDGE_API Report Inspect(CachedSource* source, const InspectOptions& options) noexcept;
+Report Inspect(CachedSource* source, const InspectOptions& options) noexcept;
 /// The same through a cache of its own.
-MP4JUDGE_API Report Inspect(ByteSource* source, const InspectOptions& options) noexcept;
+Report Inspect(ByteSource* source, const InspectOptions& options) noexcept;
 
 }  // namespace mp4

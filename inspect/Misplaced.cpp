@@ -74,6 +74,14 @@ bool HoldsSuchBox(BoxTree* tree, BoxId box, std::uint64_t from) {
 
 }  // namespace
 
+bool LooksLikeSchemeInfo(BoxTree* tree, BoxId box) {
+  FieldView fields = tree->Payload(box, 0, 8);
+  const std::uint64_t size = fields.U32();
+  const std::uint32_t type = fields.Type();
+  return size >= 8 && size <= tree->At(box).PayloadSize() &&
+         (type == FourCC("frma") || type == FourCC("schm") || type == FourCC("schi"));
+}
+
 void CheckUnknownBox(Findings* findings, BoxId box) {
   BoxTree& tree = findings->Tree();
   const std::uint32_t type = tree.At(box).type;

@@ -9,4 +9,7 @@ namespace mp4 {
 /// holds such boxes.
 void CheckUnknownBox(Findings* findings, BoxId box);
 
+/// Whether a child of a sample entry begins like a "sinf" box of another type.
+bool LooksLikeSchemeInfo(BoxTree* tree, BoxId box);
+
 }  // namespace mp4

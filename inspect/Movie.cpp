@@ -11,16 +11,8 @@ namespace mp4 {
 
 namespace {
 
-/// MovieExtendsBox "mvex" (8.8.1): which sample entry the fragments of a track use by default.
-void ReadExtends(BoxTree* tree, BoxId mvex, std::unordered_map<std::uint32_t, std::uint32_t>* to) {
-  for (BoxId trex = tree->Child(mvex, FourCC("trex")); trex != kNoBox;
-       trex = tree->NextOfType(trex)) {
-    FieldView fields = tree->Payload(trex, 4, 8);
-    const std::uint32_t track = fields.U32();
-    const std::uint32_t entry = fields.U32();
-    if (fields.Ok()) (*to)[track] = entry;
-  }
-}
+/// MovieHeaderBox "mvhd" (8.2.2) of version 1 with its own header; a longer one may cover tracks.
+constexpr std::uint64_t kLongestHeader = 120;
 
 /// One movie box while it is looked at.
 class MovieInspection {
@@ -28,20 +20,9 @@ class MovieInspection {
   MovieInspection(Findings* findings, MovieFacts* movie, Signs* signs)
       : findings_(findings), tree_(findings->Tree()), movie_(movie), signs_(signs) {}
 
-  /// Compressed movies may hold further ones; no box waits for another.
-  void Run(BoxId moov) {
-    waiting_.push_back(moov);
-    while (!waiting_.empty()) {
-      const BoxId next = waiting_.back();
-      waiting_.pop_back();
-      LookAt(next);
-    }
-  }
-
- private:
+  /// Compressed movies may hold further ones, as deep as the tree goes.
   void LookAt(BoxId moov) {
     bool any = false;
-    extends_.clear();
     for (BoxId box = tree_.FirstChild(moov); box != kNoBox; box = tree_.Next(box)) {
       const std::uint32_t type = tree_.At(box).type;
       any = any || type == FourCC("trak") || type == FourCC("cmov") || type == FourCC("moov");
@@ -54,6 +35,7 @@ class MovieInspection {
     }
   }
 
+ private:
   void LookAtChild(BoxId box, std::uint32_t type) {
     switch (type) {
       case FourCC("trak"):
@@ -63,14 +45,18 @@ class MovieInspection {
         LookAtCompressed(box);
         break;
       case FourCC("moov"):  // an inflated "!mov" may begin with its own header
-        waiting_.push_back(box);
+        LookAt(box);
         break;
       case FourCC("meta"):
         InspectItems(findings_, box);
         break;
       case FourCC("mvex"):
         movie_->hasFragments = true;
-        ReadExtends(&tree_, box, &extends_);
+        ReadExtends(box);
+        break;
+      case FourCC("mvhd"):
+        if (tree_.At(box).size > kLongestHeader)
+          findings_->Doubt(box, "the movie header is longer than its fields");
         break;
       case FourCC("drm "):
       case FourCC("ipmc"):
@@ -82,24 +68,48 @@ class MovieInspection {
     }
   }
 
+  /// MovieExtendsBox "mvex" (8.8.1): which sample entry the fragments of a track use by default.
+  void ReadExtends(BoxId mvex) {
+    for (BoxId box = tree_.FirstChild(mvex); box != kNoBox; box = tree_.Next(box)) {
+      if (tree_.At(box).type != FourCC("trex")) {
+        CheckUnknownBox(findings_, box);
+        continue;
+      }
+      FieldView fields = tree_.Payload(box, 4, 8);
+      const std::uint32_t track = fields.U32();
+      const std::uint32_t entry = fields.U32();
+      if (fields.Ok()) extends_[track] = entry;
+    }
+  }
+
+  /// Compressed movie (QuickTime): "dcom" names the method, "cmvd" holds a size and the data.
   void LookAtCompressed(BoxId cmov) {
     bool any = false;
+    const BoxId method = tree_.Child(cmov, FourCC("dcom"));
+    if (method == kNoBox || tree_.Payload(method, 0, 4).Type() != FourCC("zlib"))
+      findings_->Doubt(cmov, "the movie is compressed by an unknown method");
     for (BoxId data = tree_.Child(cmov, FourCC("cmvd")); data != kNoBox;
          data = tree_.NextOfType(data)) {
       for (BoxId moov = tree_.FirstChild(data); moov != kNoBox; moov = tree_.Next(moov)) {
         if (tree_.At(moov).type != FourCC("moov")) continue;
         any = true;
-        waiting_.push_back(moov);
+        CheckInflatedSize(data, moov);
+        LookAt(moov);
       }
     }
     if (!any) findings_->Doubt(cmov, "the compressed movie does not inflate to a movie box");
+  }
+
+  void CheckInflatedSize(BoxId data, BoxId moov) {
+    const std::uint32_t stated = tree_.Payload(data, 0, 4).U32();
+    if (tree_.SpaceSize(tree_.At(moov).space) < stated)
+      findings_->Doubt(data, "the compressed movie inflates to less than its stated size");
   }
 
   Findings* findings_;
   BoxTree& tree_;
   MovieFacts* movie_;
   Signs* signs_;
-  std::vector<BoxId> waiting_;
   std::unordered_map<std::uint32_t, std::uint32_t> extends_;
 };
 
@@ -107,7 +117,7 @@ class MovieInspection {
 
 void InspectMovie(Findings* findings, BoxId moov, MovieFacts* movie, Signs* signs) {
   movie->seen = true;
-  MovieInspection(findings, movie, signs).Run(moov);
+  MovieInspection(findings, movie, signs).LookAt(moov);
 }
 
 }  // namespace mp4

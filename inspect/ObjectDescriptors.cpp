@@ -24,7 +24,9 @@ class ObjectInspection {
   void Run() {
     ReadTargets();
     std::vector<SampleLocation> samples;
-    if (!LocateSamples(&tree_, SampleTable(), kMostSamples, &samples) || samples.empty())
+    // Without samples here they come in fragments, if anywhere.
+    if (!LocateSamples(&tree_, SampleTable(), kMostSamples, &samples) ||
+        (samples.empty() && movie_->hasFragments))
       Doubt("the samples of the object descriptor track cannot be found");
     std::uint64_t bytes = 0;
     for (std::size_t i = 0; i < samples.size(); ++i) {
@@ -71,26 +73,29 @@ class ObjectInspection {
     sampleOffset_ = sample.offset;
     path_ = tree_.Path(track_.trak) + "/sample[" + std::to_string(number) + "]";
     FieldView fields(copy.data(), copy.size());
+    bool whole = true;
     while (fields.Left() > 0) {
       Descriptor command;
-      if (!ReadDescriptor(&fields, &command) || !ReadCommand(command)) return false;
+      if (!ReadDescriptor(&fields, &command)) return false;
+      whole = ReadCommand(command) && whole;
     }
-    return true;
+    return whole;
   }
 
   bool ReadCommand(const Descriptor& command) {
     if (command.tag != kCommandUpdate && command.tag != kCommandIpmpUpdate) return true;
     FieldView fields = command.payload;
+    bool whole = true;
     while (fields.Left() > 0) {
       Descriptor descriptor;
       if (!ReadDescriptor(&fields, &descriptor)) return false;
       if (descriptor.tag == kTagIpmpDescriptor) {
         ReadIpmp(descriptor.payload);
-      } else if (!ReadObject(descriptor.payload)) {
-        return false;
+      } else {
+        whole = ReadObject(descriptor.payload) && whole;
       }
     }
-    return true;
+    return whole;
   }
 
   /// ObjectDescriptor: an id, then references to streams and pointers to their protection.
@@ -99,9 +104,11 @@ class ObjectInspection {
     if ((fields.U16() & kUrl) != 0) fields.Skip(fields.U8());
     std::vector<std::uint32_t> streams;
     std::vector<std::uint32_t> pointers;
-    while (fields.Left() > 0) {
+    bool whole = fields.Ok();
+    while (fields.Left() > 0 && whole) {
       Descriptor part;
-      if (!ReadDescriptor(&fields, &part)) return false;
+      whole = ReadDescriptor(&fields, &part);
+      if (!whole) break;
       if (part.tag == kTagEsIdRef) streams.push_back(TrackOf(part.payload.U16()));
       if (part.tag == kTagEsIdInc) streams.push_back(part.payload.U32());
       if (part.tag == kTagIpmpPointer) pointers.push_back(ReadPointer(part.payload));
@@ -111,7 +118,7 @@ class ObjectInspection {
       for (const std::uint32_t stream : streams) targets_.push_back({stream, pointer});
       if (streams.empty()) targets_.push_back({0, pointer});
     }
-    return fields.Ok();
+    return whole;
   }
 
   std::uint32_t TrackOf(std::uint32_t reference) const {

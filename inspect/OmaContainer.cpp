@@ -32,9 +32,12 @@ void InspectOmaContainer(Findings* findings, BoxId odrm) {
   if (!fields.Ok()) {
     findings->Doubt(odrm, "an OMA container without readable headers");
   } else if (method != 0) {
-    findings->Protect(common, {}, "An OMA container with encryption " + MethodText(method) + ".");
+    Subject subject;
+    subject.scheme = "odkm";
+    findings->Protect(common, subject,
+                      "An OMA container with encryption " + MethodText(method) + ".");
   } else {
-    findings->Note("an OMA container that is not encrypted");
+    findings->Doubt(common, "an OMA container that is not encrypted holds media of any kind");
   }
 }
 

@@ -113,7 +113,11 @@ class EntryInspection {
         case FourCC("frma"):
           LookAtWrappedFormat(box);
           break;
+        case FourCC("pinf"):  // purchase information of iTunes, laid out like a "sinf"
+        case FourCC("cinf"):  // the format of an incomplete track
+          break;
         default:
+          if (LooksLikeSchemeInfo(&tree_, box)) hiding_ = box;
           break;
       }
     }
@@ -129,7 +133,6 @@ class EntryInspection {
 
   /// RestrictedSchemeInfoBox (8.15.3): laid out like a "sinf", but no protection.
   void AddRestriction(BoxId rinf) {
-    restricted_ = true;
     const ReportScheme scheme = ReadSchemeInfo(&tree_, rinf);
     if (report_.originalFormat.empty()) report_.originalFormat = scheme.originalFormat;
     findings_->Note("track " + std::to_string(*subject_.track) + ": entry \"" + report_.format +
@@ -172,7 +175,7 @@ class EntryInspection {
   /// same: then its four characters stand somewhere.
   void LookForHiddenSchemes() {
     if (wrapsProtected_) findings_->Doubt(entry_, "a \"wave\" box names a protected format");
-    bool restricted = restricted_ || KindOf(tree_.At(entry_).type) == FormatKind::kRestricted;
+    if (hiding_ != kNoBox) findings_->Doubt(hiding_, "an unknown box is laid out like a \"sinf\"");
     constexpr std::size_t kStep = std::size_t{16} << 10;
     const std::uint64_t size = tree_.At(entry_).PayloadSize();
     for (std::uint64_t at = 0; at < size; at += kStep) {
@@ -180,8 +183,8 @@ class EntryInspection {
       const std::size_t n = bytes.Left();
       if (n == 0) return;
       const std::string_view text(reinterpret_cast<const char*>(bytes.Bytes(n)), n);
-      for (const std::string_view type : {"sinf", "tenc", "schm"}) {
-        if ((type == "schm" && restricted) || text.find(type) == std::string_view::npos) continue;
+      for (const std::string_view type : {"sinf", "tenc"}) {
+        if (text.find(type) == std::string_view::npos) continue;
         findings_->Doubt(entry_, "a sample entry has the characters \"" + std::string(type) +
                                      "\" where no box can be reached");
         return;
@@ -196,7 +199,7 @@ class EntryInspection {
   ReportEntry report_;
   std::vector<BoxId> sinfs_;
   bool hasAdrm_ = false;
-  bool restricted_ = false;
+  BoxId hiding_ = kNoBox;  ///< a child that may be a broken "sinf"
   bool wrapsProtected_ = false;
 };
 

@@ -61,6 +61,7 @@ class ChunkOffsets {
       : wide_(tree->Child(stbl, FourCC("stco")) == kNoBox),
         rows_(tree, tree->Child(stbl, wide_ ? FourCC("co64") : FourCC("stco")), 4, wide_ ? 8 : 4) {}
 
+  std::uint32_t Count() const { return rows_.Count(); }
   bool At(std::uint64_t chunk, std::uint64_t* offset) {
     FieldView row = rows_.Row(chunk);
     *offset = wide_ ? row.U64() : row.U32();
@@ -81,6 +82,7 @@ bool LocateSamples(BoxTree* tree, BoxId stbl, std::size_t most,
   // SampleToChunkBox (8.7.4): first chunk, samples per chunk, sample entry.
   Rows runs(tree, tree->Child(stbl, FourCC("stsc")), 4, 12);
   ChunkOffsets chunks(tree, stbl);
+  if (sizes.empty()) return runs.Count() == 0 && chunks.Count() == 0;
   std::uint64_t run = 0;
   for (std::uint64_t chunk = 0; samples->size() < sizes.size(); ++chunk) {
     FieldView next = runs.Row(run + 1);

@@ -1,5 +1,7 @@
 #include "inspect/Signs.h"
 
+#include <algorithm>
+
 #include "io/FourCC.h"
 #include "iso/EncryptionGroups.h"
 #include "iso/UserType.h"
@@ -38,9 +40,11 @@ bool Signs::IsKind(BoxId box, Kind* kind) {
       *kind = Kind::kSamples;
       return KindOfUserType(&tree, box) == UserTypeKind::kSampleEncryption;
     case FourCC("sgpd"):
+      *kind = Kind::kGroups;
+      return ReadGroupingType(tree.Payload(box, 0, 8)) == FourCC("seig");
     case FourCC("sbgp"):
     case FourCC("csgp"):
-      *kind = Kind::kGroups;
+      *kind = Kind::kGroupMap;
       return ReadGroupingType(tree.Payload(box, 0, 8)) == FourCC("seig");
     case FourCC("saiz"):
       *kind = Kind::kAuxiliary;
@@ -53,8 +57,17 @@ bool Signs::IsKind(BoxId box, Kind* kind) {
 bool Signs::Collect(BoxId box, std::uint32_t track) {
   Kind kind{};
   if (!IsKind(box, &kind)) return false;
-  Keep(kind, box, track);
+  if (kind == Kind::kGroups) describedTracks_.insert(track);
+  if (kind != Kind::kGroups || TurnsOnEncryption(box)) Keep(kind, box, track);
   return true;
+}
+
+/// Whether a group is encrypted, or may be because the description cannot be read.
+bool Signs::TurnsOnEncryption(BoxId sgpd) {
+  std::vector<EncryptionGroup> groups;
+  if (!ReadEncryptionGroups(findings_->Tree().Payload(sgpd), &groups)) return true;
+  return std::any_of(groups.begin(), groups.end(),
+                     [](const EncryptionGroup& group) { return group.isProtected; });
 }
 
 void Signs::Keep(Kind kind, BoxId box, std::uint32_t track) {
@@ -67,6 +80,7 @@ const char* Signs::TextOf(Kind kind) {
     case Kind::kSamples:
       return "Sample encryption information.";
     case Kind::kGroups:
+    case Kind::kGroupMap:
       return "A group of samples with encryption parameters of its own.";
     case Kind::kAuxiliary:
       return "Auxiliary information of an encryption scheme.";
@@ -79,7 +93,12 @@ const char* Signs::TextOf(Kind kind) {
 void Signs::ResolveOne(const Sign& sign, const MovieFacts& movie) {
   Subject subject;
   if (sign.track != 0) subject.track = sign.track;
-  if (!movie.seen) return findings_->Protect(sign.box, subject, TextOf(sign.kind));
+  if (sign.kind == Kind::kGroupMap && describedTracks_.count(sign.track) != 0) return;
+  if (!movie.seen) {
+    const bool hint = sign.kind == Kind::kGroupMap || sign.kind == Kind::kAuxiliary;
+    if (!hint) findings_->Protect(sign.box, subject, TextOf(sign.kind));
+    return;
+  }
   const auto facts = movie.tracks.find(sign.track);
   if (facts != movie.tracks.end() && facts->second.isProtected) {
     findings_->Support(sign.box, subject, TextOf(sign.kind));

@@ -26,7 +26,7 @@ class Signs {
   void Resolve(const MovieFacts& movie);
 
  private:
-  enum class Kind : std::uint8_t { kSamples, kGroups, kAuxiliary, kSystem };
+  enum class Kind : std::uint8_t { kSamples, kGroups, kGroupMap, kAuxiliary, kSystem };
   struct Sign {
     Kind kind;
     BoxId box;
@@ -35,12 +35,14 @@ class Signs {
 
   void Keep(Kind kind, BoxId box, std::uint32_t track);
   bool IsKind(BoxId box, Kind* kind);
+  bool TurnsOnEncryption(BoxId sgpd);
   void ResolveOne(const Sign& sign, const MovieFacts& movie);
   static const char* TextOf(Kind kind);
 
   Findings* findings_;
   std::vector<Sign> signs_;
-  std::unordered_set<std::uint64_t> seen_;  ///< track and kind
+  std::unordered_set<std::uint64_t> seen_;             ///< track and kind
+  std::unordered_set<std::uint32_t> describedTracks_;  ///< with descriptions of "seig" groups
 };
 
 }  // namespace mp4

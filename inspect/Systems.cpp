@@ -32,12 +32,14 @@ bool InspectSystem(Findings* findings, BoxId box) {
   if (systems.size() >= kMostSystems) return true;
   // The data behind the head is not looked at.
   constexpr std::size_t kUsualHead = 512;
+  constexpr std::uint64_t kShortestHead = 20;  // version, flags and the system's id
   ProtectionSystem system;
   if (!ReadProtectionSystem(tree.Payload(box, 0, kUsualHead), &system)) {
     system = {};
     if (!ReadProtectionSystem(tree.Payload(box), &system))
       findings->Remark(box, findings->OffsetOf(box), "a \"pssh\" box ends before its data begins");
   }
+  if (tree.At(box).PayloadSize() < kShortestHead) return true;
   ReportSystem report{
       system.id, NameOfSystem(system.id), std::move(system.keyIds), system.dataSize, {}};
   if (IsKnown(systems, report)) return true;

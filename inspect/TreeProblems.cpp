@@ -2,27 +2,20 @@
 
 #include "inspect/Words.h"
 #include "io/FourCC.h"
+#include "iso/SampleEntryLayout.h"
 #include "iso/TypeText.h"
 
 namespace mp4 {
 
 namespace {
 
-/// Top-level boxes whose missing bytes are media or notes.
+/// Top-level boxes whose missing bytes are media or nothing.
 bool IsHarmlessWhenCut(std::uint32_t type) {
   switch (type) {
     case FourCC("mdat"):
     case FourCC("free"):
     case FourCC("skip"):
     case FourCC("wide"):
-    case FourCC("udta"):
-    case FourCC("mfra"):
-    case FourCC("sidx"):
-    case FourCC("ssix"):
-    case FourCC("emsg"):
-    case FourCC("prft"):
-    case FourCC("pnot"):
-    case FourCC("PICT"):
       return true;
     default:
       return false;
@@ -31,13 +24,14 @@ bool IsHarmlessWhenCut(std::uint32_t type) {
 
 /// Whether the box is a sample entry or lies in one: those are searched byte by byte.
 bool IsInSampleEntry(const BoxTree& tree, BoxId box) {
-  while (box != kRootBox && box != kNoBox) {
-    const BoxId parent = tree.At(box).parent;
-    if (parent != kNoBox && tree.At(parent).type == FourCC("stsd")) return true;
-    box = parent;
+  for (; box != kRootBox && box != kNoBox; box = tree.At(box).parent) {
+    if (IsSampleEntry(tree, box)) return true;
   }
   return false;
 }
+
+/// Reserved bytes and a data reference index, which every sample entry begins with.
+constexpr std::uint64_t kSmallestEntry = 8;
 
 bool MayHide(const BoxTree& tree, const BoxProblem& problem) {
   switch (problem.fault) {
@@ -52,12 +46,16 @@ bool MayHide(const BoxTree& tree, const BoxProblem& problem) {
     case BoxFault::kCutByEnd:
       if (tree.At(problem.box).parent == kRootBox)
         return !IsHarmlessWhenCut(tree.At(problem.box).type);
-      break;
+      return !IsInSampleEntry(tree, tree.At(problem.box).parent);
     case BoxFault::kOverrunsParent:
+      return !IsInSampleEntry(tree, tree.At(problem.box).parent);
+    case BoxFault::kFieldsCut:
+      if (tree.At(problem.box).PayloadSize() < kSmallestEntry) return true;
+      break;
     case BoxFault::kSmallerThanHeader:
+    case BoxFault::kSizeZeroInside:
     case BoxFault::kStandsStill:
     case BoxFault::kFewerThanCounted:
-    case BoxFault::kFieldsCut:
     case BoxFault::kNoLayoutFits:
       break;
   }
@@ -85,6 +83,9 @@ std::string TextOf(const BoxTree& tree, const BoxProblem& problem) {
     case BoxFault::kSmallerThanHeader:
       return "at byte " + Grouped(problem.offset) + ", " + name +
              " holds a box whose size is smaller than its header";
+    case BoxFault::kSizeZeroInside:
+      return "at byte " + Grouped(problem.offset) + ", " + name +
+             " holds a box with a size of 0, which only the last box of a file may have";
     case BoxFault::kStandsStill:
       return "at byte " + Grouped(problem.offset) + ", " + name +
              " holds a box with a 64-bit size of 0";

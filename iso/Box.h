@@ -36,6 +36,7 @@ enum class BoxFault : std::uint8_t {
   kOverrunsParent,     ///< its size goes past the end of its parent
   kCutByEnd,           ///< its size goes past the end of the source
   kSmallerThanHeader,  ///< its size does not cover its own header; what follows is hidden
+  kSizeZeroInside,     ///< a size of 0 below the top level: it may cover its siblings
   kStandsStill,        ///< a 64-bit size of 0; what follows is hidden
   kRestUnreadable,     ///< bytes behind the last child that form no box and are not zero
   kFewerThanCounted,   ///< holds fewer children than it announces

@@ -227,15 +227,17 @@ bool BoxTree::ReadHeader(BoxId parent, const Walk& walk, Box* box) {
   box->space = walk.space;
   box->depth = static_cast<std::uint8_t>(boxes_[parent].depth + 1);
   box->offset = walk.at;
-  box->headerSize =
-      static_cast<std::uint8_t>((stored == 1 ? 16 : 8) + (box->type == FourCC("uuid") ? 16 : 0));
+  box->headerSize = stored == 1 ? 16 : 8;
   box->size = stored == 0 ? left : stored == 1 ? large : stored;
+  // One too small for a user type has none.
+  if (box->type == FourCC("uuid") && box->size >= box->headerSize + 16U) box->headerSize += 16;
   if (box->size < box->headerSize || !fields.Ok()) {
     const bool still = stored == 1 && fields.Ok() && large == 0;
     Note(still ? BoxFault::kStandsStill : BoxFault::kSmallerThanHeader, parent, walk.at, walk.end);
     return false;
   }
   box->end = walk.at + std::min(box->size, left);
+  if (stored == 0 && parent != kRootBox) Note(BoxFault::kSizeZeroInside, parent, walk.at, walk.end);
   return true;
 }
 

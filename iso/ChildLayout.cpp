@@ -3,6 +3,7 @@
 #include "io/FourCC.h"
 #include "iso/BoxTree.h"
 #include "iso/SampleEntryLayout.h"
+#include "iso/TypeText.h"
 
 namespace mp4 {
 
@@ -22,12 +23,14 @@ ChildLayout ItemInfo(BoxTree* tree, BoxId id) {
   return Counted(tree, id, tree->Payload(id, 0, 1).U8() == 0 ? 2 : 4);
 }
 
-/// MetaBox is a full box in ISO files and a plain one in QuickTime: there the first child, always
-/// its handler, stands where version and flags would.
+/// MetaBox is a full box in ISO files and a plain one in QuickTime: there the first child stands
+/// where version and flags, which are zero, would.
 ChildLayout Meta(BoxTree* tree, BoxId id) {
   FieldView fields = tree->Payload(id, 0, 8);
-  fields.Skip(4);
-  return Boxes(fields.Type() == FourCC("hdlr") ? 0 : 4);
+  const std::uint64_t size = fields.U32();
+  const std::uint32_t type = fields.Type();
+  const bool fits = size == 1 || (size >= 8 && size <= tree->At(id).PayloadSize());
+  return Boxes(type == FourCC("hdlr") || (fits && IsTypeText(type)) ? 0 : 4);
 }
 
 /// OMADRMDiscreteHeadersBox: a content type, then the common headers.
@@ -49,7 +52,8 @@ ChildLayout ByParent(BoxTree* tree, BoxId id, std::uint32_t parent, bool* known)
   *known = true;
   switch (parent) {
     case FourCC("stsd"):
-      return SampleEntryLayout(tree, id);
+      if (IsSampleEntry(*tree, id)) return SampleEntryLayout(tree, id);
+      break;
     case FourCC("ilst"):
       return {tree->At(id).type != FourCC("free"), false, 0, -1};
     case FourCC("tref"):
@@ -58,13 +62,14 @@ ChildLayout ByParent(BoxTree* tree, BoxId id, std::uint32_t parent, bool* known)
     case FourCC("ipco"):
     case FourCC("keys"):
     case FourCC("grpl"):
-    case FourCC("cmov"):
-      break;
-    default:
-      *known = false;
       return {};
+    case FourCC("cmov"):
+      if (tree->At(id).type == FourCC("cmvd")) return {true, true, 4, -1};
+      return {};
+    default:
+      break;
   }
-  if (tree->At(id).type == FourCC("cmvd")) return {true, true, 4, -1};
+  *known = false;
   return {};
 }
 

@@ -5,6 +5,7 @@
 
 #include "io/FourCC.h"
 #include "iso/BoxTree.h"
+#include "iso/TypeText.h"
 
 namespace mp4 {
 
@@ -114,14 +115,6 @@ std::uint64_t UsualLength(BoxTree* tree, BoxId entry) {
   return kPlainEntry;
 }
 
-bool IsTypeText(std::uint32_t type) {
-  for (int i = 0; i < 4; ++i, type >>= 8) {
-    const std::uint32_t c = type & 0xFF;
-    if ((c < 0x20 || c > 0x7E) && c != 0xA9) return false;
-  }
-  return true;
-}
-
 enum class Tiling { kNone, kEmpty, kBoxes };
 
 /// Whether boxes with readable types fill the entry from `fixed` payload bytes to its end. Less
@@ -149,6 +142,13 @@ Tiling TilingFrom(BoxTree* tree, const Box& entry, std::uint64_t fixed) {
 }
 
 }  // namespace
+
+bool IsSampleEntry(const BoxTree& tree, BoxId id) {
+  const BoxId parent = tree.At(id).parent;
+  if (parent == kNoBox || tree.At(parent).type != FourCC("stsd")) return false;
+  const BoxId above = tree.At(parent).parent;
+  return above == kNoBox || tree.At(above).type != FourCC("stsd");
+}
 
 std::uint32_t HandlerOf(BoxTree* tree, BoxId sampleDescription) {
   const std::uint32_t path[] = {FourCC("stbl"), FourCC("minf"), FourCC("mdia")};

@@ -10,6 +10,9 @@ namespace mp4 {
 /// that no length fits is noted (kNoLayoutFits) and walked at its usual one.
 ChildLayout SampleEntryLayout(BoxTree* tree, BoxId entry);
 
+/// Whether a box is a sample entry: a child of a SampleDescriptionBox that is none itself.
+bool IsSampleEntry(const BoxTree& tree, BoxId id);
+
 /// The handler type (mp4::FourCC order) of the media that a sample description belongs to, 0
 /// without one.
 std::uint32_t HandlerOf(BoxTree* tree, BoxId sampleDescription);

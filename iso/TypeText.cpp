@@ -18,6 +18,14 @@ void AppendType(std::uint32_t type, std::string* text) {
   }
 }
 
+bool IsTypeText(std::uint32_t type) {
+  for (int i = 0; i < 4; ++i, type >>= 8) {
+    const std::uint32_t c = type & 0xFF;
+    if ((c < 0x20 || c > 0x7E) && c != 0xA9) return false;
+  }
+  return true;
+}
+
 std::string TypeText(std::uint32_t type) {
   std::string text;
   AppendType(type, &text);
