@@ -1,4 +1,5 @@
 # The library: its objects once, the library that hosts link, and a static form for our own tests.
+include(CheckLinkerFlag)
 find_package(ZLIB REQUIRED)
 
 file(GLOB MP4JUDGE_SOURCES CONFIGURE_DEPENDS
@@ -26,6 +27,14 @@ target_include_directories(mp4judge_library PUBLIC
   $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 target_compile_features(mp4judge_library PUBLIC $<BUILD_INTERFACE:cxx_std_17>)
 target_link_libraries(mp4judge_library PRIVATE ZLIB::ZLIB)
+set(exports ${CMAKE_CURRENT_LIST_DIR}/mp4judge.map)
+if(BUILD_SHARED_LIBS)
+  check_linker_flag(CXX "LINKER:--version-script,${exports}" MP4JUDGE_HAS_VERSION_SCRIPTS)
+  if(MP4JUDGE_HAS_VERSION_SCRIPTS)
+    target_link_options(mp4judge_library PRIVATE "LINKER:--version-script,${exports}")
+    set_property(TARGET mp4judge_library PROPERTY LINK_DEPENDS ${exports})
+  endif()
+endif()
 
 # For tests of internals, fuzzers and benchmarks: every symbol, no matter what is exported.
 add_library(mp4judge_internal STATIC EXCLUDE_FROM_ALL $<TARGET_OBJECTS:mp4judge_objects>)

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "io/Export.h"
-
 class Mp4Context;
 
 namespace mp4 {
@@ -15,9 +13,9 @@ enum class HostVerdict {
 
 /// Judges a file by its UTF-32 path without loading its sample tables: the same answer as a full
 /// opening, at a cost that does not grow with the length of the movie.
-MP4JUDGE_API HostVerdict JudgeFile(const wchar_t* path);
+HostVerdict JudgeFile(const wchar_t* path);
 
 /// Whether any audio or video track of a context is protected; false for null.
-MP4JUDGE_API bool HasProtectedTrack(Mp4Context* context);
+bool HasProtectedTrack(Mp4Context* context);
 
 }  // namespace mp4

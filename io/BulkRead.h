@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <memory>
 
-#include "io/Export.h"
 #include "io/mmBuffer.h"
 #include "io/mmStreamReader.h"
 
@@ -12,31 +11,29 @@
 namespace mp4 {
 
 /// Bytes from the position to the end of the source; 0 at or past the end.
-MP4JUDGE_API long long Remaining(mmStreamReader* reader);
+long long Remaining(mmStreamReader* reader);
 
 /// Moves on as if `n` bytes had been read: a file stops at its end, memory always advances.
-MP4JUDGE_API void PassAsRead(mmStreamReader* reader, long long n);
+void PassAsRead(mmStreamReader* reader, long long n);
 
 /// Whether the opening in progress only judges: tables and run entries are passed over as if read.
-MP4JUDGE_API bool OnlyJudges(mmStreamReader* reader);
+bool OnlyJudges(mmStreamReader* reader);
 
 /// Reads min(n, capacity) bytes to `dst`, passes over the rest of `n` as if read, and returns the
 /// bytes delivered. Zeros fill what the source does not hold of the first min(n, capacity).
-MP4JUDGE_API std::size_t ReadBytes(mmStreamReader* reader, void* dst, std::size_t capacity,
-                                   long long n);
+std::size_t ReadBytes(mmStreamReader* reader, void* dst, std::size_t capacity, long long n);
 
 /// Reads the body of a table into a new buffer at `*entries`: `n` bytes, of which the whole entries
 /// that exist are held. A negative `n` (a body shorter than its own header) steps the reader back
 /// by that much and holds nothing. While an opening only judges, the bytes are passed over as if
 /// read. False when memory or the opening's account refuses; the bytes are passed over all the
 /// same.
-MP4JUDGE_API bool ReadTable(mmStreamReader* reader, long long n, std::size_t entrySize,
-                            std::unique_ptr<mmBuffer>* entries);
+bool ReadTable(mmStreamReader* reader, long long n, std::size_t entrySize,
+               std::unique_ptr<mmBuffer>* entries);
 
 /// Reads `n` bytes that become decoder configuration or the like, into an array of (held + 16)
 /// rounded down to a multiple of 16 bytes, zero beyond the content. `*held` receives the bytes that
 /// exist. Null when memory or the account refuses; the bytes are passed over all the same.
-MP4JUDGE_API std::unique_ptr<unsigned char[]> ReadArray(mmStreamReader* reader, long long n,
-                                                        std::size_t* held);
+std::unique_ptr<unsigned char[]> ReadArray(mmStreamReader* reader, long long n, std::size_t* held);
 
 }  // namespace mp4

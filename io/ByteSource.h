@@ -3,8 +3,6 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "io/Export.h"
-
 namespace mp4 {
 
 /// Why a source delivered fewer bytes than it has. The end of a source is not a fault.
@@ -32,7 +30,7 @@ enum class ReadPace : std::uint8_t {
 
 /// Random access to bytes whose number is known: a file, memory, callbacks, ranges handed over.
 /// One thread uses a source at a time.
-class MP4JUDGE_API ByteSource {
+class ByteSource {
  public:
   ByteSource() = default;
   ByteSource(const ByteSource&) = delete;

@@ -10,7 +10,7 @@ namespace mp4 {
 /// A source read in few, well-sized pieces, the last of which are kept: walking over box headers,
 /// looking at fields in place, and going back to them cost one read of the source below. Delivers
 /// exactly its bytes; its faults are noted here, too.
-class MP4JUDGE_API CachedSource final : public ByteSource {
+class CachedSource final : public ByteSource {
  public:
   /// The most bytes one View may ask for.
   static constexpr std::size_t kLargestView = std::size_t{64} << 10;

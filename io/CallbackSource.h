@@ -12,7 +12,7 @@ using ReadAtCallback = std::int64_t (*)(void* user, std::uint64_t offset, void* 
 using SizeCallback = std::int64_t (*)(void* user);
 
 /// Bytes that a caller's two functions deliver. A read is taken to be slow, so there are few.
-class MP4JUDGE_API CallbackSource final : public ByteSource {
+class CallbackSource final : public ByteSource {
  public:
   /// Asks for the size at once. A null function, or a failing size, is trouble at byte 0 of a
   /// source of size 0.

@@ -20,7 +20,7 @@ struct OpenResult {
 };
 
 /// A regular file or block device, read with pread. Opening never waits.
-class MP4JUDGE_API FileSource final : public ByteSource {
+class FileSource final : public ByteSource {
  public:
   /// Opens the file of these very bytes as name. Null with the reason in `result` (which may be
   /// null) when it cannot be opened, and when there is no memory (kSystem, ENOMEM).

@@ -5,7 +5,7 @@
 namespace mp4 {
 
 /// A block of memory, borrowed for the life of the source. Null is an empty source.
-class MP4JUDGE_API MemorySource final : public ByteSource {
+class MemorySource final : public ByteSource {
  public:
   MemorySource(const void* bytes, std::size_t n);
 

@@ -10,7 +10,7 @@ namespace mp4 {
 /// The ranges of a source that the caller has handed over so far. Reading anything else is trouble
 /// of the kind kBytesNeeded, which names the range to bring next, some way ahead of what was
 /// wanted; the caller adds it, calls StartOver and reads again from the beginning.
-class MP4JUDGE_API RangeSource final : public ByteSource {
+class RangeSource final : public ByteSource {
  public:
   explicit RangeSource(std::uint64_t size) { SetSize(size); }
 

@@ -2,8 +2,6 @@
 
 #include <array>
 
-#include "io/Export.h"
-
 namespace mp4 {
 
 /// Size of the buffer a file name is converted into, and how many of its bytes may be used.
@@ -16,6 +14,6 @@ using PathBuffer = std::array<char, kPathBuffer>;
 /// Converts a UTF-32 name, its terminator included. Values of 0x110000 and above become U+FFFD;
 /// surrogates are written like any other value below 0x10000. Conversion stops before the
 /// character that would exceed kPathLimit bytes. Null gives the empty name.
-MP4JUDGE_API void WidePathToUtf8(const wchar_t* path, PathBuffer* out);
+void WidePathToUtf8(const wchar_t* path, PathBuffer* out);
 
 }  // namespace mp4

@@ -49,6 +49,10 @@ case_headers() {
   find . -name '*.h' -printf '%P\n' | xargs -P "$(nproc)" -I{} sh -c \
     'echo "#include <$1>" | "$2" -std=c++17 -Wall -Wextra -Werror -fsyntax-only -I. -x c++ - || exit 255' \
     - {} "$cxx"
+  # What inline functions of the headers call is exported.
+  { find mp4judge/host -name '*.h' -printf '#include <%p>\n' && echo 'int main() {}'; } |
+    "$cxx" -std=c++17 -O0 -fkeep-inline-functions -I. -x c++ - -o "$work/inline" \
+      -L"$(libdir)" -lmp4judge -Wl,-rpath,"$(libdir)"
   local header
   for header in mp4judge.h host/demux/FileInfoInterface.h host/platform/ZR_Log.h; do
     echo "#include <mp4judge/$header>" | "$cc" -std=c99 "${strict[@]}" -fsyntax-only -I. -x c -
@@ -102,7 +106,7 @@ case_subdirectory() {
   local clang
   clang=$(command -v clang++) || { echo "clang++ is missing"; return 1; }
   cmake_consumer subdirectory -DMP4JUDGE_FOLDER="$source" -DCMAKE_CXX_COMPILER="$clang" \
-    -DCMAKE_CXX_FLAGS="-O0 ${strict[*]}"
+    -DCMAKE_CXX_FLAGS_DEBUG=-O0 -DCMAKE_CXX_FLAGS="${strict[*]}"
   # Neither tests nor tool nor samples come along, and the form is the other project's to choose.
   ! find "$work/subdirectory" -name '*test*' -type f -executable -o -name 'make_samples' | grep .
   install_build "$work/subdirectory"

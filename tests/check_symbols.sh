@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# What the shared library shows and needs: check_symbols.sh LIBRARY
+# What the shared library shows and needs: check_symbols.sh SOURCE LIBRARY
 set -euo pipefail
-library=$1
+source=$1 library=$2
 failed=0
 fail() {
   echo "FAILED: $*"
@@ -9,7 +9,7 @@ fail() {
 }
 
 dynamic=$(readelf -dW "$library")
-symbols=$(nm -DC --defined-only "$library")
+symbols=$(nm -DC --defined-only --with-symbol-versions "$library")
 
 grep -q 'SONAME.*\[libmp4judge\.so\.1\]' <<<"$dynamic" || fail "the SONAME is not libmp4judge.so.1"
 
@@ -21,36 +21,35 @@ while read -r needed; do
   esac
 done < <(sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p' <<<"$dynamic")
 
-# has LETTER NAME: a defined dynamic symbol of that kind.
-has() { grep -qE "^[0-9a-f]+ $1 $2(\(|$)" <<<"$symbols" || fail "missing: $1 $2"; }
-has T JudgeMP4HaveDRM
-has W ZRLogEx
-has T Mp4Demux::Init
-has T Mp4Demux::ReadyToDemux
-has '[BDR]' Mp4Demux::m_arSupportedMode
-has T GetFileModeInfo
-has T InitFileModeInfoArray
-has T Mp4StreamReader::SetFilePath
-has T Mp4Context::AddTrack
-has T codec_get_id
-has T codec_get_tag
-has T av_get_bits_per_sample
-has T MakeAACExtraData
-has T ConvertUTF8toUTF32
-for table in codec_movaudio_tags codec_movvideo_tags codec_wav_tags ff_mp4_obj_type; do
-  has '[BDR]' "$table"
-done
-for box in MOOV TRAK TKHD MDIA MDHD HDLR MINF STBL STSD STTS STSC STSZ STCO STSS FTYP MVHD CMOV \
-  MVEX MEHD TREX MOOF MFHD TRAF TFHD TRUN UDTA AVCC ESDS WAVE; do
-  has '[TW]' "Box$box::ReadData"
-done
-for box in Ilst Meta; do has '[TW]' "Box$box::ReadData"; done
+# The list of exports and the library, both ways. "?" and "*" in the list stand for any characters.
+mapfile -t listed < <(sed -n '/global:/,/local:/p' "$source/cmake/mp4judge.map" |
+  sed -nE 's/^ *"?([^#"]*[^"{}])"?;$/\1/p')
+mapfile -t exported < <(sed -E 's/^[0-9a-f]+ . //; s/@@MP4JUDGE_1$//' <<<"$symbols" |
+  grep -vx 'MP4JUDGE_1' | sort -u)
+((${#listed[@]} > 100)) || fail "the list of exports was not read"
+is_exported() {
+  local name pattern=${1//[/\\[}
+  for name in "${exported[@]}"; do [[ $name != $pattern ]] || return 0; done
+  return 1
+}
+is_listed() {
+  local pattern
+  for pattern in "${listed[@]}"; do [[ $1 != ${pattern//[/\\[} ]] || return 0; done
+  return 1
+}
+for name in "${listed[@]}"; do is_exported "$name" || fail "listed and not exported: $name"; done
+for name in "${exported[@]}"; do is_listed "$name" || fail "exported and not listed: $name"; done
 
-# The C entries have plain names; the codec functions must not.
-plain=$(nm -D --defined-only "$library" | awk '{print $3}')
-grep -qx JudgeMP4HaveDRM <<<"$plain" || fail "JudgeMP4HaveDRM is not a C function"
-! grep -qx av_get_bits_per_sample <<<"$plain" || fail "av_get_bits_per_sample has C linkage"
-# What was not marked for export stays inside.
-! grep -q '(anonymous namespace)' <<<"$symbols" || fail "an internal symbol is exported"
+# Every function of the C header is there under its plain name and under a version.
+plain=$(nm -D --defined-only --with-symbol-versions "$library" | awk '{print $3}')
+declared=$(grep -oE '^MP4JUDGE_API [^(]*\(' "$source/include/mp4judge/mp4judge.h" | grep -oE '\w+\($' | tr -d '(')
+[[ $declared == *JudgeMP4HaveDRM* ]] || fail "the header's functions were not read"
+for name in $declared; do
+  grep -qx "$name@@MP4JUDGE_1" <<<"$plain" || fail "$name is declared and not exported"
+done
+! grep -q '^av_get_bits_per_sample' <<<"$plain" || fail "av_get_bits_per_sample has C linkage"
+# A host's own logging function takes the place of this one.
+grep -q ' W ZRLogEx@@' <<<"$symbols" || fail "ZRLogEx is not weak"
 
+echo "${#exported[@]} names are exported"
 exit $failed
