@@ -1,26 +1,25 @@
+#include "door/HostJudgement.h"
+
 #include <memory>
-#include <utility>
 
 #include "demux/Mp4Demux.h"
 #include "demux/Verdict.h"
-#include "io/Mp4StreamReader.h"
-#include "mp4judge/mp4judge.h"
+#include "io/FileSource.h"
+#include "io/SourceReader.h"
 
-namespace {
-
-mp4judge_host_answer Judge(const char* path) {
-  auto file = std::make_unique<Mp4StreamReader>();
-  if (!file->SetFileName(path)) return MP4JUDGE_HOST_UNREADABLE;
+mp4judge_host_answer mp4::HostAnswer(ByteSource* source) {
   Mp4Demux demux;
-  if (!demux.InitForJudgement(std::move(file))) return MP4JUDGE_HOST_UNREADABLE;
-  return mp4::HasProtectedTrack(demux.GetContext()) ? MP4JUDGE_HOST_PROTECTED : MP4JUDGE_HOST_CLEAR;
+  if (!demux.InitForJudgement(std::make_unique<SourceReader>(source))) {
+    return MP4JUDGE_HOST_UNREADABLE;
+  }
+  if (HasProtectedTrack(demux.GetContext())) return MP4JUDGE_HOST_PROTECTED;
+  return source->Failed() ? MP4JUDGE_HOST_UNREADABLE : MP4JUDGE_HOST_CLEAR;
 }
-
-}  // namespace
 
 mp4judge_host_answer mp4judge_host_judge(const char* path) {
   try {
-    return Judge(path);
+    const auto file = mp4::FileSource::Open(path, nullptr);
+    return file != nullptr ? mp4::HostAnswer(file.get()) : MP4JUDGE_HOST_UNREADABLE;
   } catch (...) {
     return MP4JUDGE_HOST_UNREADABLE;
   }

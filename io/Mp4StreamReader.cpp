@@ -28,13 +28,9 @@ void Mp4StreamReader::Close() {
 bool Mp4StreamReader::SetFilePath(const wchar_t* path) {
   mp4::PathBuffer name;
   mp4::WidePathToUtf8(path, &name);
-  return SetFileName(name.data());
-}
-
-bool Mp4StreamReader::SetFileName(const char* name) {
   Close();
   // Non-blocking, so that a pipe without a writer cannot hold the host up.
-  file = open(name != nullptr ? name : "", O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  file = open(name.data(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (file >= 0 && !IsRandomAccess(file)) Close();
   return file >= 0;
 }

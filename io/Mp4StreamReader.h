@@ -20,8 +20,6 @@ class MP4JUDGE_API Mp4StreamReader : public mp4::WindowReader {
   /// cut at a whole character so that it never exceeds 2,047 bytes. False when it cannot be opened;
   /// null stands for the empty name.
   bool SetFilePath(const wchar_t* path);
-  /// The same for a name as the system has it: its very bytes, whatever they are, and never cut.
-  bool SetFileName(const char* name);
 
   long long GetSize() override;
 

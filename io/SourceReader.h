@@ -8,7 +8,7 @@ namespace mp4 {
 /// The host's reader over a byte source: the positions of the reader over a file, so that the
 /// host's parsers answer the same for memory, callbacks and ranges. What the source cannot deliver
 /// reads as the end; ask the source for its trouble afterwards.
-class MP4JUDGE_API SourceReader final : public WindowReader {
+class SourceReader final : public WindowReader {
  public:
   /// `source` is borrowed; null is a reader without anything open.
   explicit SourceReader(ByteSource* source) : source_(source) {}

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# What the shared library shows and needs: check_symbols.sh SOURCE LIBRARY
+# What the shared library shows and needs: check_symbols.sh SOURCE BUILD LIBRARY
 set -euo pipefail
-source=$1 library=$2
+source=$1 build=$2 library=$3
 failed=0
 fail() {
   echo "FAILED: $*"
@@ -48,6 +48,14 @@ for name in $declared; do
   grep -qx "$name@@MP4JUDGE_1" <<<"$plain" || fail "$name is declared and not exported"
 done
 ! grep -q '^av_get_bits_per_sample' <<<"$plain" || fail "av_get_bits_per_sample has C linkage"
+# So is what the headers of hosts mark, functions and tables. Classes list what of them is public.
+marked=$(grep -rhE '^(extern )?MP4JUDGE_API ' "$build/include/mp4judge/host" |
+  sed -E 's/[[(].*//; s/.*[ *]//' | sort -u)
+[[ $marked == *codec_get_id* ]] || fail "the marks of the host headers were not read"
+names=$(printf '%s\n' "${exported[@]}")
+for name in $marked; do
+  grep -qE "(^|::)$name(\(|$)" <<<"$names" || fail "$name is marked and not exported"
+done
 # A host's own logging function takes the place of this one.
 grep -q ' W ZRLogEx@@' <<<"$symbols" || fail "ZRLogEx is not weak"
 

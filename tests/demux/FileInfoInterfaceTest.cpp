@@ -86,7 +86,7 @@ TEST(JudgeMP4HaveDRM, ProtectedTrackInACompressedMovieIsFound) {
 TEST(InitForJudgement, TakesAReaderWhoseFileIsSet) {
   const TempFile song(FileWith("soun", "drms"));
   auto reader = std::make_unique<Mp4StreamReader>();
-  ASSERT_TRUE(reader->SetFileName(song.path().c_str()));
+  ASSERT_TRUE(reader->SetFilePath(song.wide().c_str()));
   Mp4Demux demux;
   EXPECT_TRUE(demux.InitForJudgement(std::move(reader)));
   EXPECT_TRUE(mp4::HasProtectedTrack(demux.GetContext()));

@@ -2,10 +2,15 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <string>
 
 #include "demux/FileInfoInterface.h"
+#include "door/HostJudgement.h"
+#include "io/ByteSource.h"
 #include "mp4judge/mp4judge.h"
 #include "tests/Fixtures.h"
 #include "tests/MovieFixtures.h"
@@ -22,6 +27,26 @@ mp4judge_host_answer Judge(const Bytes& bytes) {
   const TempFile file(bytes);
   return mp4judge_host_judge(file.path().c_str());
 }
+
+/// Bytes of which nothing from `end` on can be read.
+class FailingFrom : public mp4::ByteSource {
+ public:
+  FailingFrom(const Bytes& bytes, std::size_t end) : bytes_(bytes), end_(end) {
+    SetSize(bytes.size());
+  }
+
+ private:
+  std::size_t Deliver(std::uint64_t offset, unsigned char* out, std::size_t n) override {
+    if (offset + n > end_) Report({mp4::SourceFault::kReadFailed, offset, n, EIO});
+    if (offset >= end_) return 0;
+    n = std::min<std::size_t>(n, end_ - offset);
+    std::memcpy(out, bytes_.data() + offset, n);
+    return n;
+  }
+
+  const Bytes& bytes_;
+  std::size_t end_;
+};
 
 /// A protected file under a name of the test's choice, in a folder of its own.
 class NamedSong : public testing::Test {
@@ -65,6 +90,30 @@ TEST(HostJudgement, WhatCannotBeOpenedIsUnreadable) {
   EXPECT_EQ(mp4judge_host_judge("/nonexistent/never.mp4"), MP4JUDGE_HOST_UNREADABLE);
   EXPECT_EQ(mp4judge_host_judge("/"), MP4JUDGE_HOST_UNREADABLE);
   EXPECT_EQ(mp4judge_host_judge("/dev/zero"), MP4JUDGE_HOST_UNREADABLE);
+}
+
+// The last movie box of a file counts. Here it cannot be read: to the host's parsers it is zeros,
+// and the movie before it would look clear.
+TEST(HostJudgement, NothingIsClearAfterAReadThatFailed) {
+  const Bytes bytes = FileOf("mp4a") + Box("free", Bytes().Fill(3000)) +
+                      Moov({Track{.format = "drms", .handler = "soun"}});
+  FailingFrom whole(bytes, bytes.size());
+  EXPECT_EQ(mp4::HostAnswer(&whole), MP4JUDGE_HOST_PROTECTED);
+  FailingFrom cut(bytes, 3000);
+  EXPECT_EQ(mp4::HostAnswer(&cut), MP4JUDGE_HOST_UNREADABLE);
+}
+
+TEST(HostJudgement, AFailureWhereNothingIsReadChangesNothing) {
+  const Bytes bytes = FileOf("mp4a") + Box("mdat", Bytes().Fill(3000));
+  FailingFrom source(bytes, bytes.size() - 1);
+  EXPECT_EQ(mp4::HostAnswer(&source), MP4JUDGE_HOST_CLEAR);
+}
+
+TEST(HostJudgement, AProtectedTrackThatWasReadStaysProtected) {
+  const Bytes bytes = FileOf("drms") + Box("mdat", Bytes().Fill(3000)) + Box("free");
+  FailingFrom source(bytes, 3000);
+  EXPECT_EQ(mp4::HostAnswer(&source), MP4JUDGE_HOST_PROTECTED);
+  EXPECT_TRUE(source.Failed());
 }
 
 TEST_F(NamedSong, UnderAUtf8NameIsFound) {

@@ -356,17 +356,6 @@ TEST(Mp4StreamReader, LongerPathIsCutBeforeTheCharacterThatCrossesTheLimit) {
             "ab");
 }
 
-TEST(Mp4StreamReader, OpensTheVeryBytesOfAName) {
-  TempDirectory directory;
-  directory.Add("\xFF\xC0\xAF");
-  Mp4StreamReader reader;
-  EXPECT_TRUE(reader.SetFileName((directory.path() + "/\xFF\xC0\xAF").c_str()));
-  EXPECT_EQ(reader.GetBe24(), 0xFFC0AFu);
-  EXPECT_FALSE(reader.SetFileName((directory.path() + "/\xFF\xC0").c_str()));
-  EXPECT_EQ(reader.GetSize(), 0);
-  EXPECT_FALSE(reader.SetFileName(nullptr));
-}
-
 TEST(Mp4StreamReader, PositionsAndBytesAreThoseOfCStdio) {
   constexpr std::size_t kSize = 100 * 1024;
   std::mt19937 random(20240611);
