@@ -41,6 +41,3 @@ add_library(mp4judge_internal STATIC EXCLUDE_FROM_ALL $<TARGET_OBJECTS:mp4judge_
 set_target_properties(mp4judge_internal PROPERTIES LINKER_LANGUAGE CXX)
 target_include_directories(mp4judge_internal PUBLIC ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
 target_link_libraries(mp4judge_internal PUBLIC ZLIB::ZLIB)
-
-add_library(mp4judge_shared ALIAS mp4judge_library)
-add_library(mp4judge_static ALIAS mp4judge_internal)

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The library as others use it: check_package.sh SOURCE BUILD CXX CASE
+# The library as others use it: check_package.sh CASE SOURCE BUILD CXX CLANG
 #   headers       every installed header compiles on its own, so do the programs in README
 #   install       what ./judge builds is all that installing takes; the installed tool runs
 #   find_package  a CMake project in C++, and one in C alone
@@ -8,7 +8,7 @@
 #   subdirectory  our folder inside another project, static and by clang++; the static package that
 #                 comes of it, from C alone
 set -euo pipefail
-source=$1 build=$2 cxx=$3 case=$4
+case=$1 source=$2 build=$3 cxx=$4 clang=$5
 cc=${CC:-cc}
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -103,8 +103,6 @@ case_plain() {
 }
 
 case_subdirectory() {
-  local clang
-  clang=$(command -v clang++) || { echo "clang++ is missing"; return 1; }
   cmake_consumer subdirectory -DMP4JUDGE_FOLDER="$source" -DCMAKE_CXX_COMPILER="$clang" \
     -DCMAKE_CXX_FLAGS_DEBUG=-O0 -DCMAKE_CXX_FLAGS="${strict[*]}"
   # Neither tests nor tool nor samples come along, and the form is the other project's to choose.
@@ -112,7 +110,8 @@ case_subdirectory() {
   install_build "$work/subdirectory"
   find "$prefix" -name 'libmp4judge.*' | grep -qx '.*\.a'
   in_c
-  by_hand "$cc" c99 "$consumers/c/main.c" $(flags --cflags --libs)
+  ! command -v pkg-config >/dev/null ||
+    by_hand "$cc" c99 "$consumers/c/main.c" $(flags --cflags --libs)
   by_hand "$clang" c++17 "$consumers/cpp/main.cpp" \
     -I"$prefix/include" -L"$(libdir)" -lmp4judge -lz
 }
