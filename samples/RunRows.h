@@ -1,0 +1,82 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "samples/TableBytes.h"
+
+namespace mp4 {
+
+/// Rows of a sample count and a value of 32 bits: TimeToSampleBox ("stts", ISO/IEC 14496-12,
+/// 8.6.1.2) and CompositionOffsetBox ("ctts", 8.6.1.3). They stay as file bytes; the first question
+/// that is not about the start makes a mark every kRowsPerMark rows.
+class RunRows {
+ public:
+  static constexpr std::size_t kRowsPerMark = 32;
+  static constexpr std::size_t kWidth = 8;
+
+  /// A row, with what the rows in front of it hold.
+  struct Place {
+    std::size_t row = 0;
+    std::uint64_t first = 0;  ///< index of its first sample, 0-based
+    std::uint64_t total = 0;  ///< sum of count times value in front of it, modulo 2^64
+  };
+
+  void Load(BoxTree* tree, BoxId box, SampleProblems* problems);
+
+  std::size_t Rows() const { return rows_; }
+  const unsigned char* Bytes() const { return bytes_.data(); }
+  std::uint32_t CountOf(std::size_t row) const { return LoadBe32(bytes_.data() + row * kWidth); }
+  std::uint32_t ValueOf(std::size_t row) const {
+    return LoadBe32(bytes_.data() + row * kWidth + 4);
+  }
+  /// The value of the last row that has samples; 0 without one.
+  std::uint32_t LastValue() const { return lastValue_; }
+
+  /// The row of a sample; behind the last row when they hold fewer.
+  Place Find(std::uint64_t index);
+  /// For times: the row in which the total passes `total`: the last one that begins with samples at
+  /// or below it.
+  Place FindTotal(std::uint64_t total);
+  /// Behind the last row.
+  Place End();
+
+ private:
+  struct Mark {
+    std::uint64_t first;
+    std::uint64_t total;
+  };
+  void MakeMarks();
+
+  TableBytes bytes_;
+  std::size_t rows_ = 0;
+  std::uint32_t lastValue_ = 0;
+  std::vector<Mark> marks_;
+  Place end_;
+};
+
+/// Walks forward over the values of run rows.
+struct RunCursor {
+  const unsigned char* row = nullptr;
+  const unsigned char* end = nullptr;
+  std::uint64_t left = 0;   ///< samples of the row not yet passed
+  std::uint32_t value = 0;  ///< of the next sample, once left is not 0
+  std::uint32_t past = 0;   ///< what samples behind the last row have
+
+  /// Goes to the next row that has samples.
+  void Refill() {
+    while (row != end) {
+      left = LoadBe32(row);
+      value = LoadBe32(row + 4);
+      row += RunRows::kWidth;
+      if (left != 0) return;
+    }
+    left = ~std::uint64_t{0};
+    value = past;
+  }
+};
+
+/// A cursor at a sample; `sum` receives the total of the values in front of it when wanted.
+RunCursor CursorAt(RunRows* rows, std::uint64_t index, std::uint32_t past, std::uint64_t* sum);
+
+}  // namespace mp4

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+
+#include "io/ByteOrder.h"
+#include "io/LazyArray.h"
+#include "iso/BoxTree.h"
+#include "samples/SampleProblem.h"
+
+namespace mp4 {
+
+/// Bytes of a table as they stand in the file: in place where the source lies in memory, else read
+/// once and owned.
+class TableBytes {
+ public:
+  /// Up to `n` bytes of a box's payload from `from` on. Fewer when the source fails, which is
+  /// noted.
+  void Load(BoxTree* tree, BoxId box, std::uint64_t from, std::uint64_t n,
+            SampleProblems* problems);
+  /// Bytes of the caller's making.
+  void Own(LazyArray<unsigned char> bytes, std::size_t n);
+
+  const unsigned char* data() const { return data_; }
+  std::size_t size() const { return size_; }
+
+ private:
+  const unsigned char* data_ = nullptr;
+  std::size_t size_ = 0;
+  LazyArray<unsigned char> own_;
+};
+
+/// Loads the rows of a full box: a count at payload byte `countAt`, then rows of `width` bytes, of
+/// which those that exist are kept. Returns how many; 0 when the box ends before its count.
+std::size_t LoadRows(BoxTree* tree, BoxId box, std::uint64_t countAt, std::size_t width,
+                     TableBytes* rows, SampleProblems* problems);
+
+}  // namespace mp4

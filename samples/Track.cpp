@@ -1,0 +1,90 @@
+#include "samples/Track.h"
+
+#include <algorithm>
+
+#include "io/FourCC.h"
+#include "samples/Movie.h"
+#include "samples/SampleCursor.h"
+#include "samples/SampleSearch.h"
+
+namespace mp4 {
+
+Track::Track(Movie* movie, TrackInfo info, BoxId trak)
+    : movie_(movie), trak_(trak), info_(std::move(info)) {
+  fragments_.descriptions = &info_.descriptions;
+  fragments_.problems = &problems_;
+}
+
+Track::~Track() = default;
+
+std::uint64_t Track::FileSize() const { return movie_->MediaSize(); }
+
+void Track::LoadTables() {
+  if (loaded_) return;
+  loaded_ = true;
+  tablesElsewhere_ = movie_->initTree_ != nullptr;
+  BoxTree* tree = movie_->MovieTree();
+  const BoxId stbl = trak_ != kNoBox ? SampleTableOf(tree, trak_) : kNoBox;
+  if (stbl != kNoBox) {
+    tables_.Load(tree, stbl, info_.descriptions, info_.handler, &problems_);
+  } else if (trak_ != kNoBox) {
+    problems_.Note(SampleFault::kMissing, FourCC("stbl"));
+  }
+  fragments_.time = tables_.EndTime();
+  fragments_.runs.endTime = fragments_.time;
+  fragments_.runs.first = TableSamples();
+  if (tables_.guardDescriptions.there) fragments_.movieGuards = &tables_.guardDescriptions;
+}
+
+void Track::Prepare() {
+  LoadTables();
+  movie_->ReadFragments();
+}
+
+std::uint64_t Track::SampleCount() {
+  Prepare();
+  return TableSamples() + fragments_.runs.samples;
+}
+
+bool Track::At(std::uint64_t number, Sample* sample) {
+  if (cursor_ == nullptr) cursor_ = std::make_unique<SampleCursor>(this);
+  return cursor_->Seek(number) && cursor_->Next(sample);
+}
+
+SampleSearch* Track::Search() {
+  Prepare();
+  if (search_ == nullptr) {
+    search_ = std::make_unique<SampleSearch>(&tables_, TableSamples(), &fragments_.runs);
+  }
+  return search_.get();
+}
+
+std::uint64_t Track::NumberAtDecodeTime(std::int64_t time) { return Search()->AtDecodeTime(time); }
+
+std::uint64_t Track::NumberAtCompositionTime(std::int64_t time) {
+  return Search()->AtCompositionTime(time);
+}
+
+std::uint64_t Track::NumberAtPresentationTime(std::int64_t time) {
+  std::int64_t mediaTime = 0;
+  return info_.timeline.ToMedia(time, &mediaTime) ? NumberAtCompositionTime(mediaTime) : 0;
+}
+
+std::uint64_t Track::SyncAtOrBefore(std::uint64_t number) {
+  SampleSearch* search = Search();
+  return search->SyncAtOrBefore(std::min(number, SampleCount()));
+}
+
+std::uint64_t Track::ShadowOf(std::uint64_t number) {
+  Prepare();
+  return number <= TableSamples() ? tables_.ShadowOf(number) : 0;
+}
+
+const SampleProblems& Track::Problems() {
+  Prepare();
+  if (!disagreementsNoted_ && trak_ != kNoBox) tables_.NoteDisagreements(&problems_);
+  disagreementsNoted_ = true;
+  return problems_;
+}
+
+}  // namespace mp4
