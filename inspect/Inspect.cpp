@@ -88,7 +88,7 @@ class Inspection {
     signs_.Resolve(movie_);
     fragments_.Check(movie_);
     std::string treeReason = ReportTreeProblems(&findings_);
-    report_->everything = !stopped_ && !tree_.LimitMet() && !source_->Failed();
+    report_->everything = !report_->stoppedAt && !tree_.LimitMet() && !source_->Failed();
     if (source_->Failed()) NoteTrouble(source_->Trouble());
     Decide(std::move(treeReason));
     NoteLeftOvers();
@@ -98,7 +98,7 @@ class Inspection {
   void WalkTopLevel() {
     for (BoxId box = tree_.FirstChild(kRootBox); box != kNoBox; box = tree_.Next(box)) {
       if (IsFarFragment(box)) {
-        stopped_ = true;
+        report_->stoppedAt = tree_.At(box).offset;
         return;
       }
       LookAt(box);
@@ -199,7 +199,6 @@ class Inspection {
   Fragments fragments_;
   std::uint64_t items_ = 0;
   bool hasContainer_ = false;
-  bool stopped_ = false;
 };
 
 }  // namespace
@@ -212,6 +211,7 @@ Report Inspect(CachedSource* source, const InspectOptions& options) noexcept {
     report = {};
     // Short enough to need no memory.
     report.reason = "out of memory";
+    report.outOfMemory = true;
   }
   return report;
 }

@@ -100,9 +100,12 @@ struct Report {
   std::vector<ReportSystem> systems;
   std::vector<Evidence> evidence;
   std::vector<ReportProblem> problems;
-  std::vector<std::string> notes;     ///< what is easily mistaken for protection
-  std::uint64_t fragments = 0;        ///< movie fragments looked at
-  bool everything = false;            ///< whether every top-level box was looked at
+  std::vector<std::string> notes;  ///< what is easily mistaken for protection
+  std::uint64_t fragments = 0;     ///< movie fragments looked at
+  bool everything = false;         ///< whether every top-level box was looked at
+  /// The fragment from which on nothing was looked at, because everything was not asked for.
+  std::optional<std::uint64_t> stoppedAt;
+  bool outOfMemory = false;           ///< memory was refused; nothing but the reason is there
   std::optional<NeededRange> needed;  ///< set when the source asked for more bytes
 };
 
