@@ -1,0 +1,44 @@
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstring>
+
+#include "door/Options.h"
+
+using mp4::WholeOptions;
+
+TEST(Options, NullMeansTheDefaults) {
+  const mp4judge_options whole = WholeOptions(nullptr);
+  EXPECT_EQ(whole.everything, 0);
+  EXPECT_EQ(whole.host_answer, 1);
+  EXPECT_EQ(whole.name, nullptr);
+}
+
+TEST(Options, AllMembersAreTaken) {
+  const mp4judge_options given = {sizeof(mp4judge_options), 1, 0, "name"};
+  const mp4judge_options whole = WholeOptions(&given);
+  EXPECT_EQ(whole.everything, 1);
+  EXPECT_EQ(whole.host_answer, 0);
+  EXPECT_STREQ(whole.name, "name");
+}
+
+TEST(Options, MembersBehindTheSizeHaveTheirDefaults) {
+  mp4judge_options given = {0, 1, 0, "name"};
+  EXPECT_EQ(WholeOptions(&given).everything, 0);
+  given.size = offsetof(mp4judge_options, host_answer);
+  EXPECT_EQ(WholeOptions(&given).everything, 1);
+  EXPECT_EQ(WholeOptions(&given).host_answer, 1);
+  given.size = offsetof(mp4judge_options, name);
+  EXPECT_EQ(WholeOptions(&given).host_answer, 0);
+  EXPECT_EQ(WholeOptions(&given).name, nullptr);
+}
+
+TEST(Options, MembersOfLaterVersionsArePassedOver) {
+  struct Later {
+    mp4judge_options known = {sizeof(Later), 1, 0, nullptr};
+    int more[4] = {9, 9, 9, 9};
+  };
+  const Later later;
+  EXPECT_EQ(WholeOptions(&later.known).everything, 1);
+  EXPECT_EQ(WholeOptions(&later.known).size, sizeof(mp4judge_options));
+}
