@@ -22,13 +22,42 @@ long long Held(Mp4Context* context) {
                                 track->editList.size() * sizeof(tagElstItem));
 }
 
+/// Edit lists are read whatever their boxes say, and movie-extends and fragment boxes enter
+/// children they do not know. Stepping back by all that was counted may then lead before the start
+/// of a block of memory, the only reader that goes there.
+bool CountsWhatItDoesNotRead(const golden::Sample& sample) {
+  for (const char* type : {"moov", "moov-cmov", "trak", "mvex", "moof", "traf"}) {
+    if (sample.name == type) return true;
+  }
+  return false;
+}
+
+/// Boxes that are passed over whole step back over a negative size; nobody else moves for one.
+bool IsPassedOver(const golden::Sample& sample) {
+  for (const char* type : {"vmhd", "smhd", "dinf", "edts", "mdat", "uuid"}) {
+    if (sample.name == type) return true;
+  }
+  return false;
+}
+
+void ExpectNotBeforeTheStart(mmStreamReader* reader, const golden::Sample& sample,
+                             long long declared) {
+  if (declared < 0 && IsPassedOver(sample)) {
+    EXPECT_EQ(reader->GetPos(), declared);
+  } else if (!CountsWhatItDoesNotRead(sample)) {
+    EXPECT_GE(reader->GetPos(), 0) << declared;
+  }
+}
+
 void ReadFromMemory(const golden::Sample& sample, const Bytes& bytes, long long declared) {
   const auto context = golden::Surroundings(sample);
   mmBufReader reader(bytes.data(), bytes.size());
   sample.make()->ReadData(&reader, declared, context.get());
+  ExpectNotBeforeTheStart(&reader, sample, declared);
   EXPECT_LT(Held(context.get()), kLargestTable) << sample.name;
   mmBufReader again(bytes.data(), bytes.size());
   sample.make()->ReadData(&again, declared, nullptr);
+  ExpectNotBeforeTheStart(&again, sample, declared);
 }
 
 class BrokenBoxes : public testing::TestWithParam<golden::Sample> {};

@@ -89,11 +89,17 @@ TEST(HostileCounts, SyncSamples) {
   EXPECT_EQ(OpenedMovie(file).track(0)->syncTableState, -1);
 }
 
-// This table is read by its count alone, past its own end: what follows is read as samples, and
-// the box steps back afterwards.
+// This table is read by its count alone, up to the end of the file, and steps back afterwards.
 TEST(HostileCounts, SyncSamplesUpToTheEndOfTheFile) {
-  Opens(With(FilmFile(Film()), "stss", kCount, 0x3FFFFFFF));
-  Opens(With(FilmFile(Film()), "stss", kCount, 0x7FFFFFFF));
+  for (const std::uint32_t count : {0x3FFFFFFFu, 0x7FFFFFFFu}) {
+    const Bytes file = With(FilmFile(Film()), "stss", kCount, count);
+    EXPECT_TRUE(Opens(file));
+    EXPECT_EQ(OpenedMovie(file).tables(1)->syncSampleBox->GetEntryCount(), 2);
+    // What follows is read as samples: eight bytes of "free" are two more.
+    const Bytes longer = file + Box("free");
+    EXPECT_TRUE(Opens(longer));
+    EXPECT_EQ(OpenedMovie(longer).tables(1)->syncSampleBox->GetEntryCount(), 4);
+  }
 }
 
 TEST(HostileCounts, EditsBelowZeroAreNone) {
@@ -154,11 +160,21 @@ TEST(HostileRuns, MillionsOfSamplesWithoutBytes) {
   EXPECT_LT(movie.tables(2)->sampleSizeBox->GetSampleCount(), 8u << 20);
 }
 
+// Entries are as many as the run claims; the first takes the 49 runs behind it as entries, and the
+// account has room for no second one. The fragment is kept all the same, and merging it, which has
+// to write 2^26 samples, is refused.
 TEST(HostileRuns, EveryFieldOfEntriesBehindTheEndOfTheFile) {
   Bytes runs = golden::Tfhd(2);
   for (int i = 0; i < 50; ++i) runs.Append(FullBox("trun", 0, 0xF00, Bytes().Be32(1u << 26)));
   const Bytes moof = Box("moof", FullBox("mfhd", 0, 0, Bytes().Be32(1)) + Box("traf", runs));
-  Opens(fixture::Ftyp("isom") + golden::Movie() + moof);
+  const Bytes file = fixture::Ftyp("isom") + golden::Movie() + moof;
+  EXPECT_TRUE(Opens(file));
+  OpenedMovie movie(file);
+  ASSERT_EQ(movie.demux.fragments.size(), 1u);
+  const BoxTRAF& fragment = *movie.demux.fragments[0]->trackFragments.at(0);
+  ASSERT_EQ(fragment.runs.size(), 1u);
+  EXPECT_EQ(fragment.runs[0]->sample_count, 1u << 26);
+  EXPECT_EQ(movie.tables(2)->sampleSizeBox->GetSampleCount(), 4u);
 }
 
 TEST(HostileRuns, ManySmallFragmentsOfMillions) {

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <ostream>
+#include <vector>
+
 #include "demux/Mp4Demux.h"
 #include "demux/Mp4FileMode.h"
 #include "io/FourCC.h"
@@ -17,7 +20,83 @@ void Prepare(Mp4Demux* demux, std::uint32_t n) {
   demux->context->AddTrack(1)->maxSampleSize = n;
 }
 
+/// 300 samples of 100 units, one a chunk, every 20 bytes from `first` on.
+Track ThreeHundred(std::uint32_t id, std::uint32_t first) {
+  Track track{.id = id, .times = {{300, 100}}, .sizes = Words(300, 10), .offsets = {}};
+  for (std::uint32_t i = 0; i < 300; ++i) track.offsets.push_back(first + 20 * i);
+  return track;
+}
+
+/// Two such tracks whose samples take turns in the file.
+class TwoTracks : public testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(demux.Init(file.wide().c_str()));
+    ASSERT_TRUE(demux.ReadyToDemux());
+  }
+
+  TempFile file{Ftyp("isom") + Moov({ThreeHundred(1, 1000), ThreeHundred(2, 1010)})};
+  Mp4Demux demux;
+};
+
+/// What one call of GetNextSampleInfo hands out.
+struct Step {
+  std::uint32_t trackId;
+  std::uint64_t offset;
+  std::int64_t time;
+  bool result;
+
+  friend bool operator==(const Step& a, const Step& b) {
+    return a.trackId == b.trackId && a.offset == b.offset && a.time == b.time &&
+           a.result == b.result;
+  }
+  friend std::ostream& operator<<(std::ostream& out, const Step& step) {
+    return out << step.trackId << "@" << step.offset << " time " << step.time << " " << step.result;
+  }
+};
+
 }  // namespace
+
+// A track pauses at its sample 256: the call that hands out sample 255 returns false, the next one
+// hands out sample 255 once more, and sample 256 never comes. The samples behind it are handed out
+// with the time of the one before them.
+using Walk = TwoTracks;
+TEST_F(Walk, EachTrackPausesAtSample256AndGoesOnBehindIt) {
+  std::vector<Step> expected;
+  const auto both = [&expected](std::uint32_t i, std::int64_t time) {
+    expected.push_back({1, 1000 + 20 * i, time, true});
+    expected.push_back({2, 1010 + 20 * i, time, true});
+  };
+  for (std::uint32_t i = 0; i < 255; ++i) both(i, 100 * i);
+  for (const bool again : {false, true}) expected.push_back({1, 6100, 25500, again});
+  for (const bool again : {false, true}) expected.push_back({2, 6110, 25500, again});
+  for (std::uint32_t i = 257; i < 299; ++i) both(i, 100 * (i - 1));
+  expected.push_back({1, 6980, 29800, false});  // the last of the first track
+
+  std::vector<Step> handedOut;
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    BoxBase::SAMPLE sample{};
+    const bool result = demux.movieBox->GetNextSampleInfo(&sample);
+    handedOut.push_back({sample.trackId, sample.offset, sample.time, result});
+  }
+  EXPECT_EQ(handedOut, expected);
+}
+
+// One track alone ends at the pause; a seek to sample 256 hands out the rest, that one included.
+TEST_F(Walk, OneTrackGoesOnBehindSample255AfterASeek) {
+  std::vector<std::uint64_t> offsets;
+  BoxBase::SAMPLE sample{};
+  while (demux.movieBox->GetNextSampleInfo(&sample, 2)) offsets.push_back(sample.offset);
+  ASSERT_EQ(offsets.size(), 256u);
+  EXPECT_EQ(offsets.back(), 1010u + 20 * 255);
+  EXPECT_FALSE(demux.movieBox->GetNextSampleInfo(&sample, 2));
+
+  EXPECT_EQ(demux.movieBox->Seek(256'000'000, 2, 0), 256'000'000);
+  while (demux.movieBox->GetNextSampleInfo(&sample, 2)) offsets.push_back(sample.offset);
+  ASSERT_EQ(offsets.size(), 300u);
+  EXPECT_EQ(offsets[256], 1010u + 20 * 256);
+  EXPECT_EQ(sample.time, 29900);
+}
 
 TEST(GetMaxBlockSize, IsTwoMebibytesWithoutContext) {
   Mp4Demux demux;

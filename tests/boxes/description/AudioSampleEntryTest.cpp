@@ -215,6 +215,21 @@ TEST(AudioSampleEntry, ReadsTheChildBehindEachHeader) {
   EXPECT_EQ(AsText({0x12, 0x10}), Read(Version2("mp4a", 0, 2) + child).one.ExtraData());
 }
 
+TEST(AudioSampleEntry, EndsWhereItsFixedPartEnds) {
+  // What follows is no child of it, though it looks like one.
+  const Bytes child = Box("esds", EsdsPayload(0x40, {0x12, 0x10}));
+  const std::pair<Bytes, long long> entries[] = {{AudioFields("mp4a", 2, 16, 44100), 32},
+                                                 {Version1("mp4a", 0, 0, 0), 48},
+                                                 {Version2("mp4a", 0, 2), 68}};
+  for (const auto& [fields, size] : entries) {
+    const Read read(fields + child, false, size);
+    EXPECT_TRUE(read.result);
+    EXPECT_EQ(nullptr, read.entry.esds);
+    EXPECT_EQ(nullptr, read.track->extraData[0]);
+    EXPECT_EQ(size, read.position);
+  }
+}
+
 TEST(AudioSampleEntry, ReadsOneChildOnly) {
   const Bytes child = Box("esds", EsdsPayload(0x40, {0x12, 0x10}));
   const Read read(AudioFields("mp4a", 2, 16, 44100) + Box("btrt", Bytes().Fill(12)) + child);

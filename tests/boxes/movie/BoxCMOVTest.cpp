@@ -112,6 +112,33 @@ TEST(BoxCMOV, MovieBoxBelowTwelveBytesFails) {
   ExpectRefused(Dcom() + SizedBox(11, "cmvd", Bytes().Be32(500) + stream));
 }
 
+TEST(BoxCMOV, MovieBoxOfTwelveBytesIsInflatedFromNothing) {
+  // Refused for want of a stream, not for its size: its announced bytes are charged.
+  const Bytes payload = Announcing(13, {}) + Bytes().Fill(20, 0xEE);
+  const auto size = static_cast<long long>(payload.size());
+  mp4::ScanControl scan(size);
+  Reading reading(payload, size, &scan);
+  EXPECT_FALSE(reading.succeeded);
+  EXPECT_EQ(reading.reader.GetPos(), size);
+  const long long allowance = mp4::limits::kInflatedTotal + 16 * size;
+  EXPECT_FALSE(scan.TakeInflated(allowance - 64 * 1024 - 12));
+}
+
+TEST(BoxCMOV, MovieBoxOfElevenBytesIsNotInflated) {
+  const Bytes payload = Dcom() + SizedBox(11, "cmvd", Bytes().Be32(13)) + Bytes().Fill(20, 0xEE);
+  const auto size = static_cast<long long>(payload.size());
+  mp4::ScanControl scan(size);
+  EXPECT_FALSE(Reading(payload, size, &scan).succeeded);
+  EXPECT_TRUE(scan.TakeInflated(mp4::limits::kInflatedTotal + 16 * size));
+}
+
+TEST(BoxCMOV, MovieBoxOfSizeZeroMustBeExceededToo) {
+  const Bytes stream = fixture::Deflated(Bytes().Text("abcde"));
+  const auto boxSize = static_cast<std::uint32_t>(12 + stream.size());
+  EXPECT_TRUE(Reading(Dcom() + SizedBox(0, "cmvd", Bytes().Be32(boxSize + 1) + stream)).succeeded);
+  ExpectRefused(Dcom() + SizedBox(0, "cmvd", Bytes().Be32(boxSize) + stream));
+}
+
 TEST(BoxCMOV, MovieBoxOfSizeZeroTakesTheRest) {
   Reading reading(Dcom() + SizedBox(0, "cmvd", Bytes().Be32(500) + fixture::Deflated(Plain())));
   ASSERT_TRUE(reading.succeeded);
@@ -153,6 +180,14 @@ TEST(BoxCMOV, AnnouncedSizeIsBoundByTheCompressedBytes) {
   const auto most = static_cast<std::uint32_t>(1040 * stream.size() + 64 * 1024);
   EXPECT_TRUE(Reading(Announcing(most, stream)).succeeded);
   ExpectRefused(Announcing(most + 1, stream));
+}
+
+TEST(BoxCMOV, BytesBehindTheMovieBoxJustifyNothing) {
+  const Bytes stream = fixture::Deflated(Plain());
+  const auto most = static_cast<std::uint32_t>(1040 * stream.size() + 64 * 1024);
+  const Bytes behind = Box("free", Bytes().Fill(5000));
+  EXPECT_TRUE(Reading(Announcing(most, stream) + behind).succeeded);
+  ExpectRefused(Announcing(most + 1, stream) + behind);
 }
 
 TEST(BoxCMOV, OnlyCompressedBytesThatExistJustifyASize) {

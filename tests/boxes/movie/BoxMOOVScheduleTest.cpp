@@ -124,6 +124,17 @@ TEST(Scheduling, ReadyTracksAreListedInAscendingOrder) {
   EXPECT_EQ(movie.box.readyTracks, (std::vector<std::int32_t>{4, 9}));
 }
 
+TEST(Scheduling, TracksThatAreNotReadyAreNeverAsked) {
+  // They stand before, between and behind the ready ones; asked, each would give offset 0.
+  Track first = At(1, {50, 60});
+  Track between = At(3, {70, 80});
+  Track last = At(5, {90, 95});
+  first.handler = between.handler = last.handler = "text";
+  Movie movie({first, At(2, {100, 300, 500}), between, At(4, {200, 400}), last});
+  ASSERT_EQ(movie.box.readyTracks, (std::vector<std::int32_t>{2, 4}));
+  EXPECT_EQ(movie.OffsetsUntilFailure(), (std::vector<unsigned>{100, 200, 300, 400}));
+}
+
 TEST(Scheduling, NoReadyTrackIsAFailure) {
   Movie movie({At(1, {100})});
   movie.box.tracks[1]->mediaBox.reset();

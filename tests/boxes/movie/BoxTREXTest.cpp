@@ -45,6 +45,15 @@ TEST(BoxTREX, ReadsAShortPayloadFromWhatFollowsAndStepsBack) {
   EXPECT_EQ(reader.GetPos(), 8);
 }
 
+TEST(BoxTREX, ReadsAnEmptyPayloadFromWhatFollowsAndStepsBack) {
+  const Bytes bytes = Bytes().Be32(0) + fixture::Be32s({1, 2, 3, 4, 5});
+  mmBufReader reader(bytes.data(), bytes.size());
+  BoxTREX box;
+  EXPECT_TRUE(box.ReadData(&reader, 0, nullptr));
+  EXPECT_EQ(box.track_ID, 1u);
+  EXPECT_EQ(reader.GetPos(), 0);
+}
+
 TEST(BoxTREX, KeepsTheBytesThatExistAtAFilesEnd) {
   const TempFile file(Bytes().Be32(0).Be32(6).Be16(0x1234));
   Mp4StreamReader reader;

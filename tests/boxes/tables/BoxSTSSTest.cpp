@@ -87,6 +87,15 @@ TEST(BoxSTSS, NoEntriesMarkTheTrackAndMakeNoBuffer) {
   EXPECT_EQ(box.GetSampleIndexBeforeThis(3), 0u);
 }
 
+TEST(BoxSTSS, OneEntryIsATable) {
+  OneTrack video("vide");
+  BoxSTSS box;
+  ASSERT_TRUE(ReadPayload(&box, StssPayload(1, {4}), &video.context));
+  EXPECT_EQ(video.track->syncTableState, 0);
+  EXPECT_EQ(box.GetEntryCount(), 1);
+  EXPECT_EQ(box.GetSampleIndexBeforeThis(3), 3u);
+}
+
 TEST(BoxSTSS, NegativeCountMarksTheTrackAndStays) {
   OneTrack video("vide");
   BoxSTSS box;

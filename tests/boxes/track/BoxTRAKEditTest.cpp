@@ -164,15 +164,42 @@ TEST(BoxTRAKEdit, MediaTimescaleIsSigned) {
   EXPECT_EQ(Sample(&track.At(3)).time, 3 - 5);
 }
 
+// The second edit holds what lies at most -2^31 s into it (2^31 negated, wrapped), the third what
+// lies at most -(2^31 - 1) s into it; the edits before them last -2^31 and -2^32 movie units of
+// -1/s. All figures are worked out modulo 2^64.
 TEST(BoxTRAKEdit, ExtremesWrap) {
-  for (const std::uint32_t timescale : {0x80000000u, 0xFFFFFFFFu, 0x7FFFFFFFu}) {
-    HandMadeTrack track(timescale, -1,
+  constexpr std::int64_t kSmallest = -kLargest - 1;
+  constexpr std::int64_t kPower31 = 1LL << 31;
+  struct Case {
+    std::uint32_t timescale;
+    std::int64_t mediaTime;
+    bool ok;
+    std::int64_t time;
+    int edit;
+    std::int64_t reached;
+    int soughtEdit;
+  };
+  const Case cases[] = {
+      {0x80000000u, kLargest, false, 0, 3, 0, 2},
+      {0x80000000u, kSmallest, false, 0, 3, 0, 2},
+      {0x80000000u, 0, false, 0, 3, -461'168'601'842, 2},  // -2^62 / 10^7
+      {0xFFFFFFFFu, kLargest, false, 0, 3, 0, 0},
+      {0xFFFFFFFFu, kSmallest, false, 0, 3, 0, 0},
+      {0xFFFFFFFFu, 0, true, kPower31 - 2 * kPower31, 2, 214, 2},  // 2^31 / 10^7
+      {0x7FFFFFFFu, kLargest, true, kPower31 * (kPower31 - 1), 1, 0, 0},
+      {0x7FFFFFFFu, kSmallest, true, kPower31 * (kPower31 - 1), 1, 0, 0},
+      {0x7FFFFFFFu, 0, false, 0, 3, 214, 0},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(testing::Message() << c.timescale << " " << c.mediaTime);
+    HandMadeTrack track(c.timescale, -1,
                         {{kSmallest32, -1, 0}, {kSmallest32, -2, 0}, {kLargest32, kSmallest32, 0}});
-    for (const std::int64_t time : {kLargest, -kLargest - 1, std::int64_t{0}}) {
-      track.trak.editIndex = 0;
-      Sample(&track.At(time));
-      track.trak.Seek(time);
-    }
+    const Got got = Sample(&track.At(c.mediaTime));
+    EXPECT_EQ(got.ok, c.ok);
+    EXPECT_EQ(got.ok ? got.time : 0, c.time);
+    EXPECT_EQ(track.trak.editIndex, c.edit);
+    EXPECT_EQ(track.trak.Seek(c.mediaTime), c.reached);
+    EXPECT_EQ(track.trak.editIndex, c.soughtEdit);
   }
 }
 

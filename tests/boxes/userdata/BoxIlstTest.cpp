@@ -153,6 +153,13 @@ TEST(BoxIlst, ItemBelowFourBytesIsComparedUnsignedAndReadAsTheBoxSays) {
   EXPECT_EQ(reader.GetPos(), 3);
 }
 
+TEST(BoxIlst, EmptyItemReadsTheBoxBehindItAndStepsBack) {
+  const ItemRead item({}, DataBox("Album") + Bytes().Fill(20));
+  EXPECT_TRUE(item.ok);
+  EXPECT_TRUE(HoldsExactly(item.field, L"Album"));
+  EXPECT_EQ(item.pos, 0);
+}
+
 TEST(BoxIlst, LongTextIsCutAt259BytesAndTheRestSkipped) {
   for (const std::size_t length : {259u, 260u, 5000u, 65519u}) {
     const Read ilst(DataItem("nam", std::string(length, 'a')) + DataItem("alb", "next"));
