@@ -45,16 +45,16 @@ struct NamedFile {
 
 std::ostream& operator<<(std::ostream& out, const NamedFile& file) { return out << file.name; }
 
-class JudgedAndOpened : public testing::TestWithParam<NamedFile> {};
+class VerdictAndOpening : public testing::TestWithParam<NamedFile> {};
 
-TEST_P(JudgedAndOpened, AgreeOnTheWholeFileAndEveryTruncation) {
+TEST_P(VerdictAndOpening, AgreeOnTheWholeFileAndEveryTruncation) {
   const Bytes& whole = GetParam().bytes;
   for (std::size_t n = 0; n <= whole.size(); ++n) {
     ExpectAgreement(whole.data(), n, "cut to " + std::to_string(n));
   }
 }
 
-TEST_P(JudgedAndOpened, AgreeOnEveryChangedByte) {
+TEST_P(VerdictAndOpening, AgreeOnEveryChangedByte) {
   const Bytes& whole = GetParam().bytes;
   std::vector<unsigned char> changed(whole.data(), whole.data() + whole.size());
   for (std::size_t i = 0; i < changed.size(); ++i) {
@@ -70,7 +70,7 @@ TEST_P(JudgedAndOpened, AgreeOnEveryChangedByte) {
 const Bytes kMedia = Box("mdat", Bytes().Fill(8, 7));
 
 INSTANTIATE_TEST_SUITE_P(
-    Movies, JudgedAndOpened,
+    Movies, VerdictAndOpening,
     testing::Values(
         NamedFile{"Clear", Ftyp("isom") + kMedia + Moov({golden::Film(), golden::Song("mp4a")})},
         NamedFile{"Protected", Ftyp("M4A ", {"mp42"}) + Moov({golden::Song("drms")}) + kMedia},
