@@ -1,11 +1,8 @@
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <unordered_map>
-
-#include "io/Limits.h"
 
 namespace mp4 {
 
@@ -20,19 +17,7 @@ namespace mp4 {
 class ScanControl {
  public:
   /// `sourceSize` is the size of the source in bytes, taken once when the opening starts.
-  explicit ScanControl(std::int64_t sourceSize, ScanControl* outer = nullptr)
-      : sourceSize(sourceSize),
-        tablesUnread(outer != nullptr && outer->tablesUnread),
-        account(outer != nullptr ? outer->account : &own) {
-    if (outer == nullptr) {
-      own.memory += Share(limits::kMemoryPerSourceByte);
-      own.merge += Share(limits::kMergePerSourceByte);
-      own.inflated = Share(limits::kInflatedPerSourceByte) + limits::kInflatedTotal;
-    }
-    account->headers +=
-        sourceSize / (outer != nullptr ? limits::kBytesPerInflatedHeader : limits::kBytesPerHeader);
-    account->bytes += Share(limits::kBytesReadPerSourceByte);
-  }
+  explicit ScanControl(std::int64_t sourceSize, ScanControl* outer = nullptr);
   ScanControl(const ScanControl&) = delete;
   ScanControl& operator=(const ScanControl&) = delete;
 
@@ -60,19 +45,15 @@ class ScanControl {
 
  private:
   struct Account {
-    std::int64_t headers = limits::kSpareHeaders;
-    std::int64_t bytes = limits::kSpareBytesRead;
-    std::int64_t memory = limits::kSpareMemory;
-    std::int64_t merge = limits::kSpareMerge;
+    Account();
+    std::int64_t headers, bytes, memory, merge;
     std::int64_t inflated = 0;
     std::size_t tracksNoted = 0;
     std::unordered_map<std::uint32_t, std::size_t> firstTracks;
   };
 
   /// A multiple of the source; a sparse file of exabytes must not overflow it.
-  std::int64_t Share(std::int64_t perByte) const {
-    return std::min(sourceSize, limits::kLargestCountedSource) * perByte;
-  }
+  std::int64_t Share(std::int64_t perByte) const;
 
   static bool Take(std::int64_t* left, std::int64_t n) {
     if (n > *left) {

@@ -12,6 +12,11 @@ if (($# == 0)); then
   mkdir "$work/movies"
   "$limited" --make "$work/movies"
   set -- "$work/movies"
+  # The two do differ where a limit is met.
+  mkdir "$work/beyond"
+  "$limited" --beyond "$work/beyond"
+  ! cmp -s <("$limited" "$work/beyond"/*) <("$unlimited" "$work/beyond"/*) ||
+    { echo "FAILED: no limit is out of reach" && exit 1; }
 fi
 
 find "$@" -type f -print0 | sort -z >"$work/files"

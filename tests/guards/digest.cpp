@@ -1,6 +1,7 @@
 // Prints one line per file with all that opening it finds, so that two builds of the library can be
-// compared: digest FILE...   digest --make FOLDER writes movies as muxers write them.
-// Exit code 1 when judging and a full opening of a file disagree.
+// compared: digest FILE...   digest --make FOLDER writes movies as muxers write them, digest
+// --beyond FOLDER one with more tracks than the limits let in. Exit code 1 when judging and a full
+// opening of a file disagree.
 #include <clocale>
 #include <cstdint>
 #include <cstdio>
@@ -95,24 +96,28 @@ bool Print(const char* path) {
   return agree;
 }
 
-int Make(const std::string& folder) {
-  const struct {
-    const char* name;
-    complexity::Movie (*make)(std::uint32_t n);
-    std::uint32_t n;
-  } movies[] = {
-      {"sane", complexity::Sane, 500000},
-      {"variable", complexity::Alternating, 500000},
-      {"chunks", complexity::ChunkASample, 500000},
-      {"one-chunk", complexity::OneChunk, 500000},
-      {"sync", complexity::EverySampleSync, 500000},
-      {"edits", complexity::ManyEdits, 20000},
-      {"tracks", complexity::ManyTracks, 2000},
-      {"fragments", complexity::ManyFragments, 20000},
-      {"runs", complexity::ManyTinyRuns, 20000},
-      {"long-runs", complexity::LongRuns, 500000},
-  };
-  for (const auto& movie : movies) {
+struct Shape {
+  const char* name;
+  complexity::Movie (*make)(std::uint32_t n);
+  std::uint32_t n;
+};
+constexpr Shape kSane[] = {
+    {"sane", complexity::Sane, 500000},
+    {"variable", complexity::Alternating, 500000},
+    {"chunks", complexity::ChunkASample, 500000},
+    {"one-chunk", complexity::OneChunk, 500000},
+    {"sync", complexity::EverySampleSync, 500000},
+    {"edits", complexity::ManyEdits, 20000},
+    {"tracks", complexity::ManyTracks, 2000},
+    {"fragments", complexity::ManyFragments, 20000},
+    {"runs", complexity::ManyTinyRuns, 20000},
+    {"long-runs", complexity::LongRuns, 500000},
+};
+constexpr Shape kBeyond[] = {{"beyond", complexity::ManyTracks, 17000}};
+
+template <std::size_t n>
+int Make(const Shape (&movies)[n], const std::string& folder) {
+  for (const Shape& movie : movies) {
     const complexity::Movie made = movie.make(movie.n);
     const Bytes bytes = made.head + made.fragments;
     std::FILE* file = std::fopen((folder + "/" + movie.name + ".mp4").c_str(), "wb");
@@ -126,7 +131,8 @@ int Make(const std::string& folder) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc == 3 && std::strcmp(argv[1], "--make") == 0) return Make(argv[2]);
+  if (argc == 3 && std::strcmp(argv[1], "--make") == 0) return Make(kSane, argv[2]);
+  if (argc == 3 && std::strcmp(argv[1], "--beyond") == 0) return Make(kBeyond, argv[2]);
   std::setlocale(LC_CTYPE, "C.UTF-8");
   bool agree = true;
   for (int i = 1; i < argc; ++i) agree &= Print(argv[i]);

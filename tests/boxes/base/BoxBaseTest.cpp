@@ -7,6 +7,7 @@
 #include "boxes/base/BoxBase.h"
 #include "boxes/base/BoxReading.h"
 #include "io/FourCC.h"
+#include "io/Limits.h"
 #include "tests/Bytes.h"
 #include "tests/Fixtures.h"
 

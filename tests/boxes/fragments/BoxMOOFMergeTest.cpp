@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "io/Limits.h"
 #include "tests/FragmentFixtures.h"
 
 namespace {

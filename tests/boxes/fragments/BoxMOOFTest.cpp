@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "boxes/fragments/BoxMOOF.h"
+#include "io/Limits.h"
 #include "tests/FragmentFixtures.h"
 
 namespace {

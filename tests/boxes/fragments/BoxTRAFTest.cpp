@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "boxes/fragments/BoxTRAF.h"
+#include "io/Limits.h"
 #include "tests/FragmentFixtures.h"
 
 namespace {

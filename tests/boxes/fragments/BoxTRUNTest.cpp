@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "boxes/fragments/BoxTRUN.h"
+#include "io/Limits.h"
 #include "io/Mp4StreamReader.h"
 #include "tests/Fixtures.h"
 #include "tests/FragmentFixtures.h"

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "boxes/movie/BoxMOOV.h"
+#include "io/Limits.h"
 #include "io/ScanControl.h"
 #include "tests/Bytes.h"
 #include "tests/Fixtures.h"

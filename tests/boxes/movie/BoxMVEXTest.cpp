@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "boxes/movie/BoxMVEX.h"
+#include "io/Limits.h"
 #include "tests/FragmentFixtures.h"
 
 namespace {
