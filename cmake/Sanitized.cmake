@@ -25,9 +25,7 @@ target_compile_definitions(mp4judge_sanitized_objects PRIVATE
 target_compile_options(mp4judge_sanitized_objects PRIVATE
   -O1 -g1 -UNDEBUG -fno-omit-frame-pointer ${MP4JUDGE_SANITIZERS})
 target_link_libraries(mp4judge_sanitized_objects PRIVATE ZLIB::ZLIB)
-# Headers of the language that most sources include; the ordinary build finds a missing include.
-target_precompile_headers(mp4judge_sanitized_objects PRIVATE
-  <algorithm> <cstdint> <cstring> <memory> <string> <unordered_map> <vector>)
+mp4judge_precompile(mp4judge_sanitized_objects)
 
 # mp4judge_twin(PROGRAM FOLDER [LIBRARY...]): PROGRAM_sanitized, in build/.../sanitized/FOLDER under
 # the program's name. The library's objects come first, so that of two copies of an inline function

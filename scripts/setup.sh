@@ -7,8 +7,9 @@ jobs=$(nproc 2>/dev/null || echo 2)
 # What each purpose needs: "command:package", or "-:package" for files without a command.
 build_needs=(c++:g++ cmake:cmake ninja:ninja-build -:zlib1g-dev -:libcli11-dev)
 test_needs=("${build_needs[@]}" cc:gcc nm:binutils clang-format:clang-format -:libgtest-dev
-  valgrind:valgrind pkg-config:pkg-config clang++:clang
-  python3:python3)
+  valgrind:valgrind)
+# Without these a part of the tests is left out.
+useful_in_tests=(pkg-config:pkg-config clang++:clang python3:python3)
 lint_needs=("${test_needs[@]}" clang-tidy:clang-tidy)
 
 say() { printf '%s: %s\n' "${0##*/}" "$*" >&2; }

@@ -5,8 +5,8 @@
 #   find_package  a CMake project in C++, and one in C alone
 #   pkg_config    the flags of pkg-config
 #   plain         a compiler and the two folders
-#   subdirectory  our folder inside another project, static and by clang++; the static package that
-#                 comes of it, from C alone
+#   subdirectory  our folder inside another project, static and by clang++; the unit tests on
+#                 that, and the static package that comes of it, from C alone
 set -euo pipefail
 case=$1 source=$2 build=$3 cxx=$4 clang=$5
 cc=${CC:-cc}
@@ -110,6 +110,10 @@ case_subdirectory() {
   install_build "$work/subdirectory"
   find "$prefix" -name 'libmp4judge.*' | grep -qx '.*\.a'
   in_c
+  # The unit tests, as they were compiled for the other compiler, on what this one made.
+  find "$build/tests/CMakeFiles/mp4judge_tests.dir" -name '*.o' >"$work/objects"
+  "$cxx" @"$work/objects" "$(libdir)"/libmp4judge.a -lgtest_main -lgtest -lz -o "$work/units"
+  "$work/units" --gtest_brief=1
   ! command -v pkg-config >/dev/null ||
     by_hand "$cc" c99 "$consumers/c/main.c" $(flags --cflags --libs)
   by_hand "$clang" c++17 "$consumers/cpp/main.cpp" \
