@@ -1,0 +1,146 @@
+#include "tools/PathWalker.h"
+
+#include <dirent.h>
+#include <strings.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+namespace tool {
+
+namespace {
+
+bool IsFolder(const std::string& path) {
+  struct stat info {};
+  return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+}
+
+std::string Join(const std::string& folder, const std::string& name) {
+  return !folder.empty() && folder.back() == '/' ? folder + name : folder + '/' + name;
+}
+
+/// Up to the next `end` byte, without it; false when nothing is left.
+bool ReadName(std::FILE* file, char end, std::string* name) {
+  name->clear();
+  int c = 0;
+  while ((c = std::getc(file)) != EOF && c != end) name->push_back(static_cast<char>(c));
+  return c != EOF || !name->empty();
+}
+
+}  // namespace
+
+PathWalker::PathWalker(const JudgeOptions& options) : options_(options) {}
+
+PathWalker::~PathWalker() {
+  if (lines_ != nullptr && lines_ != stdin) std::fclose(lines_);
+  if (zeros_ != nullptr && zeros_ != stdin) std::fclose(zeros_);
+}
+
+std::size_t PathWalker::KnownTotal() const {
+  const bool listed = !options_.filesFrom.empty() || !options_.files0From.empty();
+  return listed || options_.recursive ? 0 : options_.paths.size();
+}
+
+bool PathWalker::Next(PathItem* item) {
+  *item = {};
+  return TakeFound(item) || TakeNamed(item);
+}
+
+bool PathWalker::NextListed(const std::string& list, char end, std::FILE** file, bool* done,
+                            std::string* name) {
+  if (list.empty() || *done) return false;
+  if (*file == nullptr) *file = list == "-" ? stdin : std::fopen(list.c_str(), "re");
+  if (*file == nullptr) {
+    listFault_ = std::strerror(errno);
+    *name = list;
+    *done = true;
+    return true;
+  }
+  do {
+    if (!ReadName(*file, end, name)) {
+      *done = true;
+      return false;
+    }
+  } while (name->empty());
+  return true;
+}
+
+bool PathWalker::NextName(std::string* name) {
+  if (next_ < options_.paths.size()) {
+    *name = options_.paths[next_++];
+    return true;
+  }
+  return NextListed(options_.filesFrom, '\n', &lines_, &linesDone_, name) ||
+         NextListed(options_.files0From, '\0', &zeros_, &zerosDone_, name);
+}
+
+bool PathWalker::TakeNamed(PathItem* item) {
+  std::string name;
+  while (NextName(&name)) {
+    item->path = name;
+    item->fault = std::exchange(listFault_, {});
+    if (!item->fault.empty() || !options_.recursive || !IsFolder(name)) return true;
+    if (Enter(name, item)) return true;
+    if (TakeFound(item)) return true;
+  }
+  return false;
+}
+
+bool PathWalker::TakeFound(PathItem* item) {
+  while (!folders_.empty()) {
+    Folder& folder = folders_.back();
+    if (folder.entries.empty()) {
+      folders_.pop_back();
+      continue;
+    }
+    const Entry entry = std::move(folder.entries.back());
+    folder.entries.pop_back();
+    item->path = Join(folder.path, entry.name);
+    item->fault.clear();
+    item->found = true;
+    if (!entry.folder) return true;
+    if (Enter(item->path, item)) return true;
+  }
+  return false;
+}
+
+bool PathWalker::IsWanted(const std::string& name) const {
+  if (options_.extensions.empty()) return true;
+  const std::size_t dot = name.rfind('.');
+  if (dot == std::string::npos) return false;
+  return std::any_of(
+      options_.extensions.begin(), options_.extensions.end(),
+      [&](const std::string& wanted) { return strcasecmp(wanted.c_str(), &name[dot + 1]) == 0; });
+}
+
+/// Lists a folder that has not been entered yet. True when it cannot be read, with the reason.
+bool PathWalker::Enter(const std::string& path, PathItem* fault) {
+  DIR* handle = opendir(path.c_str());
+  struct stat info {};
+  if (handle == nullptr || fstat(dirfd(handle), &info) != 0) {
+    fault->fault = std::strerror(errno);
+    if (handle != nullptr) closedir(handle);
+    return true;
+  }
+  if (!entered_.emplace(info.st_dev, info.st_ino).second) {
+    closedir(handle);
+    return false;
+  }
+  Folder folder{path, {}};
+  while (const dirent* entry = readdir(handle)) {
+    const std::string name = entry->d_name;
+    if (name == "." || name == "..") continue;
+    const bool unknown = entry->d_type == DT_UNKNOWN || entry->d_type == DT_LNK;
+    const bool isFolder = unknown ? IsFolder(Join(path, name)) : entry->d_type == DT_DIR;
+    if (isFolder || IsWanted(name)) folder.entries.push_back({name, isFolder});
+  }
+  closedir(handle);
+  std::sort(folder.entries.begin(), folder.entries.end(),
+            [](const Entry& a, const Entry& b) { return a.name > b.name; });
+  folders_.push_back(std::move(folder));
+  return false;
+}
+
+}  // namespace tool

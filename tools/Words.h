@@ -1,0 +1,71 @@
+#pragma once
+
+#include <string>
+
+/// What the tool says about itself: --help, the man page and the completions are made of these.
+namespace tool::words {
+
+constexpr const char* kPurpose =
+    "Says whether MP4, MOV, M4A, 3GP, CMAF, HEIF and related files are protected, and on what "
+    "evidence.";
+constexpr const char* kUsage = "Usage: mp4judge [OPTIONS] PATH...\n       mp4judge COMMAND ...";
+constexpr const char* kHelp = "Print this and exit";
+constexpr const char* kVersion = "Print the version and exit";
+constexpr const char* kRecursive =
+    "Judge the files in folders, too: by content, whatever their names. What plainly is no movie "
+    "is passed over. Each folder is walked once, however many links lead to it";
+constexpr const char* kExtensions = "In folders, only files with one of these extensions";
+constexpr const char* kAllFiles = "In folders, list what plainly is no movie as well";
+constexpr const char* kFilesFrom = "Judge the files named in FILE, one a line, too; - is the input";
+constexpr const char* kFiles0From = "The same with names that a zero byte ends";
+constexpr const char* kQuiet = "Print nothing: the exit status is the answer";
+constexpr const char* kOnlyProtected = "Print only the paths of protected files";
+constexpr const char* kOnlyOthers =
+    "Print only the paths of files that are not known to be protected";
+constexpr const char* kNul = "End each record with a zero byte, and print names as they are";
+constexpr const char* kJson =
+    "Print a JSON object a line (docs/report.schema.json). A name that is not UTF-8 has U+FFFD in "
+    "place of what is not";
+constexpr const char* kExplain =
+    "Print the evidence, problems and notes below each line, and why the host's answer differs";
+constexpr const char* kHostAnswer =
+    "Add the host's answer: 1 when the first sample entry of a sound or video track is \"drms\", "
+    "else 0";
+constexpr const char* kEverything =
+    "Look at every movie fragment, not only at those that decide as a rule";
+constexpr const char* kSummary = "Print counts by verdict and scheme at the end, on standard error";
+constexpr const char* kJobs = "Judge so many files at a time; otherwise one for each processor";
+constexpr const char* kCache =
+    "Remember verdicts in FILE (SQLite), and look at unchanged files no second time";
+constexpr const char* kNoSandbox =
+    "Keep the rights that judging does not need. Otherwise the tool gives up, where the system "
+    "can do that, everything but reading";
+constexpr const char* kPrint = "Print the man page, or the completions for a shell, and exit";
+
+constexpr const char* kVerdicts =
+    "One line a file, in the order given:\n"
+    "  PATH: clear                            every track and item was seen, none is protected\n"
+    "  PATH: protected (cenc: video, audio)   by these schemes\n"
+    "  PATH: undetermined (REASON)            unreadable, cut, broken, or not a movie\n"
+    "Control characters in a name are shown as \\xHH, a backslash as two.\n";
+constexpr const char* kCommands =
+    "Commands:\n"
+    "  tree FILE                   the boxes of a file, with their fields\n"
+    "  info FILE                   movie, tracks, codecs, metadata, protection\n"
+    "  samples FILE                every sample: where it lies and when it plays\n"
+    "  chart FILE -o FILE.html     where things lie in a file, drawn to scale (or .svg)\n"
+    "  diff A B                    what differs between two files\n"
+    "'mp4judge COMMAND --help' says more. A file of such a name is judged as ./tree.\n";
+constexpr const char* kStatus =
+    "Exit status:\n"
+    "  0    every file is clear\n"
+    "  1    something is protected, and nothing is undetermined\n"
+    "  2    something is undetermined or unreadable, or the usage was wrong, or the output could\n"
+    "       not be written\n"
+    "  130  interrupted\n";
+
+inline std::string Footer() {
+  return std::string("\n") + kVerdicts + "\n" + kCommands + "\n" + kStatus;
+}
+
+}  // namespace tool::words
