@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <new>
+#include <string_view>
 #include <system_error>
 
 #include "inspect/FirstBytes.h"
@@ -20,6 +21,14 @@
 namespace mp4 {
 
 namespace {
+
+/// "PNG image" of "a PNG image".
+std::string WithoutArticle(std::string_view noun) {
+  for (const std::string_view article : {std::string_view("a "), std::string_view("an ")}) {
+    if (noun.substr(0, article.size()) == article) noun.remove_prefix(article.size());
+  }
+  return std::string(noun);
+}
 
 /// What is looked at of a file with fragments unless everything is asked for: the first fragment,
 /// and those that the first read of a slow source holds anyway.
@@ -174,7 +183,7 @@ class Inspection {
           static_cast<std::size_t>(std::min<std::uint64_t>(source_->Size(), kFirstBytes));
       const unsigned char* bytes = source_->View(0, n);
       const char* name = bytes != nullptr ? NameOfFirstBytes(bytes, n) : nullptr;
-      if (name != nullptr) return std::string("not a movie file: it is ") + name;
+      if (name != nullptr) return "not a movie file: begins with " + WithoutArticle(name);
     }
     if (report_->fragments > 0)
       return "no movie box; the file is a media segment, give its initialization segment too";

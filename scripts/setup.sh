@@ -5,7 +5,8 @@ root=$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." && pwd -P)
 jobs=$(nproc 2>/dev/null || echo 2)
 
 # What each purpose needs: "command:package", or "-:package" for files without a command.
-build_needs=(c++:g++ cmake:cmake ninja:ninja-build -:zlib1g-dev -:libcli11-dev)
+build_needs=(c++:g++ cmake:cmake ninja:ninja-build -:zlib1g-dev -:libcli11-dev
+  -:libsqlite3-dev -:libseccomp-dev)
 test_needs=("${build_needs[@]}" cc:gcc nm:binutils clang-format:clang-format -:libgtest-dev
   valgrind:valgrind)
 # Without these a part of the tests is left out.

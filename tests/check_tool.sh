@@ -25,6 +25,13 @@ same() {
   cat out err
   failed=1
 }
+# silent: the last run printed nothing at all.
+silent() {
+  [[ ! -s out && ! -s err ]] && return 0
+  echo "FAILED: something was printed:"
+  cat out err
+  failed=1
+}
 # says FILE PATTERN
 says() {
   grep -qE -e "$2" "$1" && return 0
@@ -37,7 +44,7 @@ case_samples() {
   run 0 clear.m4a
   same "clear.m4a: clear"
   run 1 protected.m4a
-  same "protected.m4a: protected"
+  same "protected.m4a: protected (drms: audio)"
   run 0 "$PWD/clear.m4a" ./clear.m4a
   same "$PWD/clear.m4a: clear"$'\n'"./clear.m4a: clear"
 }
@@ -45,101 +52,242 @@ case_samples() {
 # Trouble beats protected beats clear, wherever they stand.
 case_exit_codes() {
   run 1 clear.m4a protected.m4a clear.m4a
-  same $'clear.m4a: clear\nprotected.m4a: protected\nclear.m4a: clear'
+  same $'clear.m4a: clear\nprotected.m4a: protected (drms: audio)\nclear.m4a: clear'
   run 2 missing.m4a protected.m4a
-  same $'missing.m4a: unreadable (No such file or directory)\nprotected.m4a: protected'
+  same $'missing.m4a: undetermined (it cannot be opened: No such file or directory)\nprotected.m4a: protected (drms: audio)'
   run 2 protected.m4a missing.m4a clear.m4a
   run 2 clear.m4a missing.m4a
+  run 1 -q protected.m4a
+  silent
+  run 2 -q missing.m4a
+  silent
 }
 
 case_obstacles() {
   mkdir folder
   run 2 folder
-  same "folder: unreadable (is a directory)"
+  same "folder: undetermined (it is a directory)"
   # Nobody writes to the pipe: opening it would wait for ever.
   mkfifo pipe
   run 2 pipe
-  same "pipe: unreadable (not a regular file)"
+  same "pipe: undetermined (it is a pipe, a socket or a device, which is not waited for)"
   run 2 /dev/null
-  same "/dev/null: unreadable (not a regular file)"
+  says out '^/dev/null: undetermined \(it is a pipe, a socket or a device'
   : >empty.m4a
   run 2 empty.m4a
-  same "empty.m4a: unreadable (shorter than 20 bytes)"
+  same "empty.m4a: undetermined (the file is empty)"
   head -c 19 clear.m4a >short.m4a
   run 2 short.m4a
-  same "short.m4a: unreadable (shorter than 20 bytes)"
-  head -c 20 clear.m4a >twenty.m4a
-  run 2 twenty.m4a
-  same "twenty.m4a: unreadable (not a movie file: no readable movie box)"
+  says out '^short.m4a: undetermined \(.*cut at byte 19 of 28'
   head -c 4096 /dev/zero >zeros.m4a
   run 2 zeros.m4a
-  same "zeros.m4a: unreadable (not a movie file: no readable movie box)"
+  says out '^zeros.m4a: undetermined \(not a movie file'
+  printf '\x89PNG\r\n\x1a\n' >cover.png
+  run 2 cover.png
+  says out '^cover.png: undetermined \(not a movie file: begins with PNG'
   run 2 clear.m4a/below
-  same "clear.m4a/below: unreadable (Not a directory)"
+  says out 'Not a directory\)$'
   ln -s loop loop
   run 2 loop
-  same "loop: unreadable (Too many levels of symbolic links)"
+  says out 'Too many levels of symbolic links\)$'
   ln -s protected.m4a link.m4a
   run 1 link.m4a
-  same "link.m4a: protected"
+  same "link.m4a: protected (drms: audio)"
   # The superuser may read everything.
   if ((EUID != 0)); then
     chmod 0 clear.m4a
     run 2 clear.m4a
-    same "clear.m4a: unreadable (Permission denied)"
+    says out 'Permission denied\)$'
   fi
 }
 
 case_names() {
   local name
-  for name in $'\u00fc\u20ac\U0001d11e.m4a' '[clear,x]' '{}' '-' '-x.m4a' 'a b' '%s' '@list'; do
+  for name in $'\u00fc\u20ac\U0001d11e.m4a' '[clear,x]' '{}' '-' '-x.m4a' 'a b' '%s' '@list' \
+    $'\xff.m4a' $'\xed\xa0\x80.m4a' $'cut\xe2\x82'; do
     cp clear.m4a "./$name"
     run 0 -- "$name"
     same "$name: clear"
   done
   run 0 -
   same "-: clear"
-  # A name stays on its line.
+  # A name stays on its line, and no two print alike.
   cp clear.m4a $'two\nlines'
-  run 0 $'two\nlines'
-  same 'two\x0Alines: clear'
-  # Bytes that are no UTF-8, an overlong form and a surrogate: the file of that name is judged.
-  for name in $'\xff.m4a' $'\xc0\xaf.m4a' $'\xed\xa0\x80.m4a' $'cut\xe2\x82'; do
-    cp protected.m4a "$name"
-    run 1 "$name"
-    same "$name: protected"
-  done
-  # Nothing cuts a long name: 4,095 bytes are the longest that the system takes.
-  printf -v name '%*s' 2041 ''
-  name=${name// /./}
-  run 1 "${name}protected.m4a"
-  run 2 "$name/protected.m4a"
-  says out 'unreadable \(File name too long\)$'
+  cp clear.m4a 'two\x0Alines'
+  run 0 $'two\nlines' 'two\x0Alines'
+  same $'two\\x0Alines: clear\ntwo\\\\x0Alines: clear'
+  run 0 -0 $'two\nlines'
+  printf 'two\nlines: clear\0' | cmp - out || failed=1
   run 2 ""
-  same ": unreadable (No such file or directory)"
+  says out '^: undetermined \(.*No such file or directory\)$'
+}
+
+case_lists() {
+  printf 'clear.m4a\n\nprotected.m4a' >list
+  run 1 --files-from list
+  same $'clear.m4a: clear\nprotected.m4a: protected (drms: audio)'
+  cp clear.m4a $'two\nlines'
+  printf 'two\nlines\0protected.m4a\0' >list0
+  run 1 clear.m4a --files0-from list0
+  same $'clear.m4a: clear\ntwo\\x0Alines: clear\nprotected.m4a: protected (drms: audio)'
+  run 2 --files-from missing
+  same 'missing: undetermined (No such file or directory)'
+  printf 'clear.m4a\n' | timeout 20 "$build/bin/mp4judge" --files-from - >out || failed=1
+  says out '^clear.m4a: clear$'
+}
+
+case_folders() {
+  mkdir -p tree/b/c
+  cp protected.m4a tree/a.jpg
+  cp clear.m4a tree/b/c/x.M4A
+  printf '\xff\xd8\xff\xe0' >tree/b/cover.jpg
+  ln -s .. tree/b/up
+  ln -s c tree/b/d
+  run 1 -r tree --summary
+  says out '^tree/a.jpg: protected \(drms: audio\)$'
+  says out '^tree/b/c/x.M4A: clear$'
+  [[ $(wc -l <out) == 2 ]] || { cat out; failed=1; }
+  says err '^2 files: 1 clear, 1 protected, 0 undetermined$'
+  says err '^  passed over, no movies: 1$'
+  run 2 -r --all-files tree
+  says out 'cover.jpg: undetermined \(not a movie file: begins with JPEG'
+  run 0 -r --ext m4a,mov tree
+  same "tree/b/c/x.M4A: clear"
+  run 1 -r -l tree
+  same "tree/a.jpg"
+  run 1 -r -L tree
+  same "tree/b/c/x.M4A"
+  run 2 -r tree/nothing
+  says out 'No such file'
+}
+
+case_formats() {
+  run 1 --json clear.m4a protected.m4a
+  [[ $(wc -l <out) == 2 ]] || failed=1
+  if command -v python3 >/dev/null; then
+    cp clear.m4a $'\xff"\\\n'
+    "$build/bin/mp4judge" --json $'\xff"\\\n' >>out
+    python3 - <<'PY' || failed=1
+import json
+rows = [json.loads(line) for line in open('out', encoding='utf-8')]
+assert [row['verdict'] for row in rows] == ['clear', 'protected', 'clear'], rows
+assert rows[1]['tracks'][0]['entries'][0]['format'] == 'drms'
+assert rows[1]['host_answer'] == 1
+assert rows[2]['path'] == '\ufffd"\\\n', rows[2]['path']
+PY
+  fi
+  run 1 --explain protected.m4a
+  says out '^  evidence: moov/trak\[1\]/mdia/minf/stbl/stsd/drms\[1\] at byte [0-9,]+, track 1: '
+  says out '^  host answer: 1$'
+  run 1 --host-answer protected.m4a clear.m4a
+  same $'protected.m4a: protected (drms: audio); host answer 1\nclear.m4a: clear; host answer 0'
+}
+
+# Results come in the order of the names, however many threads there are.
+case_many() {
+  mkdir many
+  local i
+  for i in {1000..2999}; do ln clear.m4a "many/$i.m4a"; done
+  ln -f protected.m4a many/1500.m4a
+  local jobs
+  for jobs in 1 2 7; do
+    run 1 -j "$jobs" many/*
+    cut -d: -f1 out | cmp - <(printf '%s\n' many/*) || failed=1
+    [[ $(grep -c ': clear$' out) == 1999 ]] || failed=1
+  done
+}
+
+case_cache() {
+  mkdir many
+  local i
+  for i in {100..399}; do cp clear.m4a "many/$i.m4a"; done
+  run 0 --cache cache.db -r many
+  cp out first
+  run 0 --cache cache.db -r many
+  cmp first out || failed=1
+  # What has changed is looked at again; what has not is not.
+  cp protected.m4a many/200.m4a
+  run 1 --cache cache.db -r many
+  says out '^many/200.m4a: protected'
+  run 1 --cache cache.db --json many/200.m4a
+  says out '"path":"many/200.m4a"'
+  mv many/200.m4a many/moved.m4a
+  run 1 --cache cache.db --json many/moved.m4a
+  says out '"path":"many/moved.m4a"'
+  # A cache that was cut is begun anew; what is no cache is not touched.
+  rm -f cache.db-wal cache.db-shm
+  truncate -s 5000 cache.db
+  run 0 --cache cache.db many/100.m4a
+  says err 'begun anew'
+  cp clear.m4a precious
+  run 2 --cache precious many/100.m4a
+  says err 'not a cache'
+  cmp clear.m4a precious || failed=1
+  run 2 --cache missing/cache.db many/100.m4a
+  says err 'cannot be used'
+}
+
+# A run that is killed loses nothing that was finished, and one that is interrupted says what was done.
+case_interrupted() {
+  mkfifo names
+  local code=0
+  timeout 20 "$build/bin/mp4judge" --files-from names >out 2>err &
+  local pid=$!
+  exec 7>names
+  printf 'clear.m4a\nprotected.m4a\n' >&7
+  sleep 0.5
+  pkill -INT -P "$pid" mp4judge || kill -INT "$pid"
+  wait "$pid" || code=$?
+  exec 7>&-
+  [[ $code == 130 ]] || { echo "FAILED: exit code $code"; cat err; failed=1; }
+  says out '^protected.m4a: protected'
+  says err '^2 files: 1 clear, 1 protected, 0 undetermined$'
 }
 
 case_usage() {
   run 2
-  says err 'FILE is required'
+  says err '^mp4judge: no file is named$'
   run 2 --nonsense clear.m4a
   says err 'nonsense'
+  run 2 -l -L clear.m4a
+  run 2 -j 0 clear.m4a
   run 0 --help
-  says out 'Exit code: 0 when every file is clear'
+  says out '^  0    every file is clear$'
   run 0 --version
   says out '^mp4judge [0-9]+\.[0-9]+\.[0-9]+$'
+  run 0 --print man
+  says out '^\.TH MP4JUDGE 1'
+  ! command -v man >/dev/null || { man -l --warnings ./out 2>&1 >/dev/null | grep . && failed=1; }
+  run 0 --print bash
+  bash -n out || failed=1
+  ! command -v zsh >/dev/null || { run 0 --print zsh && zsh -n out || failed=1; }
+  ! command -v fish >/dev/null || { run 0 --print fish && fish -n out || failed=1; }
+}
+
+# Colours on a terminal alone, and not with NO_COLOR.
+case_terminal() {
+  command -v script >/dev/null || return 0
+  TERM=xterm script -qec "$build/bin/mp4judge clear.m4a" /dev/null >out </dev/null
+  says out $'\033\\[32mclear'
+  NO_COLOR=1 TERM=xterm script -qec "$build/bin/mp4judge clear.m4a" /dev/null >out </dev/null
+  ! grep -q $'\033' out || failed=1
 }
 
 # Output that does not arrive is trouble, never a clear file.
 case_output() {
-  local code=0
+  local code
+  local what
+  for what in clear.m4a --help --version "--print man"; do
+    code=0
+    # shellcheck disable=SC2086
+    "$build/bin/mp4judge" $what >/dev/full 2>err || code=$?
+    ((code == 2)) || { echo "FAILED: a full device gave $code"; failed=1; }
+    says err 'output'
+  done
+  code=0
   "$build/bin/mp4judge" clear.m4a >&- 2>err || code=$?
   ((code == 2)) || { echo "FAILED: closed output gave $code"; failed=1; }
   says err 'output'
-  code=0
-  "$build/bin/mp4judge" clear.m4a >/dev/full 2>err || code=$?
-  ((code == 2)) || { echo "FAILED: a full device gave $code"; failed=1; }
-  code=0
   { "$build/bin/mp4judge" clear.m4a 2>err || echo $? >code; } | :
   # The reader may have been there long enough: then the line arrived and nothing is wrong.
   [[ ! -e code || $(<code) == 2 ]] || { echo "FAILED: a gone reader gave $(<code)"; failed=1; }

@@ -2,6 +2,7 @@
 #include "tools/CommandLine.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
 
 #include "mp4judge/mp4judge.h"
@@ -93,7 +94,11 @@ std::vector<OptionWords> Described(const CLI::App& app) {
     OptionWords one;
     for (const std::string& name : option->get_snames()) one.names.push_back("-" + name);
     for (const std::string& name : option->get_lnames()) one.names.push_back("--" + name);
-    if (option->get_items_expected_max() > 0) one.value = option->get_type_name();
+    if (option->get_items_expected_max() > 0) {
+      // What a value may be comes behind a colon.
+      one.value = option->get_type_name();
+      one.value.resize(std::min(one.value.find(':'), one.value.size()));
+    }
     one.text = option->get_description();
     if (one.names.back() == "--print") one.choices = {"man", "bash", "zsh", "fish"};
     all.push_back(std::move(one));
@@ -107,9 +112,6 @@ bool ParseJudgeArguments(const std::vector<std::string>& arguments, JudgeOptions
                          int* status) {
   CLI::App app(words::kPurpose, "mp4judge");
   Texts texts;
-  app.usage(words::kUsage);
-  app.footer(words::Footer());
-  app.get_formatter()->column_width(30);
   app.set_help_flag("-h,--help", words::kHelp);
   app.set_version_flag("--version", std::string("mp4judge ") + mp4judge_version(), words::kVersion);
   AddOptions(&app, options, &texts);
@@ -117,7 +119,7 @@ bool ParseJudgeArguments(const std::vector<std::string>& arguments, JudgeOptions
   try {
     app.parse(std::move(sorted.options));
   } catch (const CLI::CallForHelp&) {
-    *status = Say(app.help());
+    *status = Say(PrintFor("help", Described(app)));
     return false;
   } catch (const CLI::CallForVersion&) {
     *status = Say(std::string("mp4judge ") + mp4judge_version() + "\n");

@@ -48,7 +48,7 @@ struct Judged {
 class Run {
  public:
   explicit Run(const JudgeOptions& options)
-      : options_(options), walker_(options), progress_(walker_.KnownTotal()) {}
+      : options_(options), walker_(options, &interrupted), progress_(walker_.KnownTotal()) {}
 
   int Go() {
     if (!OpenCache()) return kTrouble;

@@ -1,5 +1,8 @@
 #include "tools/ManPage.h"
 
+#include <algorithm>
+#include <utility>
+
 #include "mp4judge/mp4judge.h"
 #include "tools/Words.h"
 
@@ -35,6 +38,43 @@ std::string NamesOf(const OptionWords& option, const char* between) {
   std::string text;
   for (const std::string& name : option.names) text += (text.empty() ? "" : between) + name;
   return text;
+}
+
+/// The words of a text on lines of at most 79 characters, the first behind `first`, the others
+/// behind as many spaces as `indent` says.
+std::string Wrapped(std::string first, const std::string& text, std::size_t indent) {
+  constexpr std::size_t kWidth = 79;
+  std::string line = std::move(first);
+  if (line.size() + 1 > indent) {
+    line += '\n' + std::string(indent, ' ');
+  } else {
+    line.resize(indent, ' ');
+  }
+  std::size_t column = indent;
+  for (std::size_t from = 0; from < text.size();) {
+    const std::size_t to = std::min(text.find(' ', from), text.size());
+    if (column + (to - from) > kWidth) {
+      if (line.back() == ' ') line.pop_back();
+      line += '\n' + std::string(indent, ' ');
+      column = indent;
+    }
+    line.append(text, from, to - from).append(to < text.size() ? " " : "");
+    column += to - from + 1;
+    from = to + 1;
+  }
+  return line + '\n';
+}
+
+std::string Help(const std::vector<OptionWords>& options) {
+  constexpr std::size_t kIndent = 27;
+  std::string text = Wrapped("", words::kPurpose, 0) + "\n" + words::kUsage + "\n\nOptions:\n";
+  for (const OptionWords& option : options) {
+    std::string names = option.names.size() > 1 ? "  " : "      ";
+    names += NamesOf(option, ", ");
+    if (!option.value.empty()) names += " " + option.value;
+    text += Wrapped(std::move(names), option.text, kIndent);
+  }
+  return text + "\n" + words::kVerdicts + "\n" + words::kCommands + "\n" + words::kStatus;
 }
 
 std::string ManPage(const std::vector<OptionWords>& options) {
@@ -80,7 +120,7 @@ std::string Bash(const std::vector<OptionWords>& options) {
 }
 
 std::string InSingleQuotes(const std::string& text) {
-  return "'" + Replaced(text, '\'', "'\\''") + "'";
+  return std::string(1, '\'').append(Replaced(text, '\'', "'\\''")).append(1, '\'');
 }
 
 std::string Zsh(const std::vector<OptionWords>& options) {
@@ -129,6 +169,7 @@ std::string Fish(const std::vector<OptionWords>& options) {
 }  // namespace
 
 std::string PrintFor(const std::string& what, const std::vector<OptionWords>& options) {
+  if (what == "help") return Help(options);
   if (what == "man") return ManPage(options);
   if (what == "bash") return Bash(options);
   return what == "zsh" ? Zsh(options) : Fish(options);

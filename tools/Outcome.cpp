@@ -16,8 +16,16 @@ struct FreeReport {
 };
 using ReportHandle = std::unique_ptr<mp4judge_report, FreeReport>;
 
-/// The inspector's words for a file that begins like one of another kind.
-constexpr const char* kOtherFormat = "not a movie file: begins with";
+bool StartsWith(const std::string& text, const char* words) {
+  return text.compare(0, std::strlen(words), words) == 0;
+}
+
+/// The inspector's words for a file that begins like one of another kind. Zeros are no other kind:
+/// they are what is left of a download that failed.
+bool IsOtherFormat(const std::string& reason) {
+  return StartsWith(reason, "not a movie file: begins with ") &&
+         !StartsWith(reason, "not a movie file: begins with zeros");
+}
 
 std::string TextOr(const char* text, const char* otherwise) {
   return text != nullptr ? text : otherwise;
@@ -143,7 +151,7 @@ Outcome FromReport(const mp4judge_report* report, const JudgeOptions& options) {
   if (outcome.verdict == MP4JUDGE_PROTECTED) outcome.detail = ProtectedDetail(report);
   if (outcome.verdict == MP4JUDGE_UNDETERMINED) {
     outcome.detail = reason.empty() ? "unknown" : reason;
-    outcome.otherFormat = reason.compare(0, std::strlen(kOtherFormat), kOtherFormat) == 0;
+    outcome.otherFormat = IsOtherFormat(reason);
   }
   for (std::size_t i = 0; i < mp4judge_report_scheme_count(report); ++i) {
     outcome.schemes.emplace_back(mp4judge_report_scheme(report, i));

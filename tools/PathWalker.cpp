@@ -21,22 +21,12 @@ std::string Join(const std::string& folder, const std::string& name) {
   return !folder.empty() && folder.back() == '/' ? folder + name : folder + '/' + name;
 }
 
-/// Up to the next `end` byte, without it; false when nothing is left.
-bool ReadName(std::FILE* file, char end, std::string* name) {
-  name->clear();
-  int c = 0;
-  while ((c = std::getc(file)) != EOF && c != end) name->push_back(static_cast<char>(c));
-  return c != EOF || !name->empty();
-}
-
 }  // namespace
 
-PathWalker::PathWalker(const JudgeOptions& options) : options_(options) {}
-
-PathWalker::~PathWalker() {
-  if (lines_ != nullptr && lines_ != stdin) std::fclose(lines_);
-  if (zeros_ != nullptr && zeros_ != stdin) std::fclose(zeros_);
-}
+PathWalker::PathWalker(const JudgeOptions& options, const std::atomic<bool>* stop)
+    : options_(options),
+      lines_(options.filesFrom, '\n', stop),
+      zeros_(options.files0From, '\0', stop) {}
 
 std::size_t PathWalker::KnownTotal() const {
   const bool listed = !options_.filesFrom.empty() || !options_.files0From.empty();
@@ -48,23 +38,11 @@ bool PathWalker::Next(PathItem* item) {
   return TakeFound(item) || TakeNamed(item);
 }
 
-bool PathWalker::NextListed(const std::string& list, char end, std::FILE** file, bool* done,
-                            std::string* name) {
-  if (list.empty() || *done) return false;
-  if (*file == nullptr) *file = list == "-" ? stdin : std::fopen(list.c_str(), "re");
-  if (*file == nullptr) {
-    listFault_ = std::strerror(errno);
-    *name = list;
-    *done = true;
-    return true;
-  }
-  do {
-    if (!ReadName(*file, end, name)) {
-      *done = true;
-      return false;
-    }
-  } while (name->empty());
-  return true;
+/// A list that cannot be read stands for itself, with the reason.
+bool PathWalker::NextListed(NameList* list, std::string* name) {
+  const NameList::Result result = list->Next(name, &listFault_);
+  if (result == NameList::kFault) *name = list->Name();
+  return result != NameList::kEnd;
 }
 
 bool PathWalker::NextName(std::string* name) {
@@ -72,8 +50,7 @@ bool PathWalker::NextName(std::string* name) {
     *name = options_.paths[next_++];
     return true;
   }
-  return NextListed(options_.filesFrom, '\n', &lines_, &linesDone_, name) ||
-         NextListed(options_.files0From, '\0', &zeros_, &zerosDone_, name);
+  return NextListed(&lines_, name) || NextListed(&zeros_, name);
 }
 
 bool PathWalker::TakeNamed(PathItem* item) {

@@ -2,7 +2,7 @@
 
 #include <sys/types.h>
 
-#include <cstdio>
+#include <atomic>
 #include <memory>
 #include <set>
 #include <string>
@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "tools/JudgeOptions.h"
+#include "tools/NameList.h"
 
 namespace tool {
 
@@ -25,10 +26,8 @@ struct PathItem {
 /// below it, sorted by name; each folder is walked once, however many links lead to it.
 class PathWalker {
  public:
-  explicit PathWalker(const JudgeOptions& options);
-  ~PathWalker();
-  PathWalker(const PathWalker&) = delete;
-  PathWalker& operator=(const PathWalker&) = delete;
+  /// Waiting for a list ends when `stop` becomes true.
+  PathWalker(const JudgeOptions& options, const std::atomic<bool>* stop);
 
   /// The next item; false behind the last.
   bool Next(PathItem* item);
@@ -46,8 +45,7 @@ class PathWalker {
   };
 
   bool NextName(std::string* name);
-  bool NextListed(const std::string& list, char end, std::FILE** file, bool* done,
-                  std::string* name);
+  bool NextListed(NameList* list, std::string* name);
   bool TakeNamed(PathItem* item);
   bool TakeFound(PathItem* item);
   bool Enter(const std::string& path, PathItem* fault);
@@ -55,10 +53,8 @@ class PathWalker {
 
   const JudgeOptions& options_;
   std::size_t next_ = 0;
-  std::FILE* lines_ = nullptr;
-  std::FILE* zeros_ = nullptr;
-  bool linesDone_ = false;
-  bool zerosDone_ = false;
+  NameList lines_;
+  NameList zeros_;
   std::string listFault_;
   std::vector<Folder> folders_;
   std::set<std::pair<dev_t, ino_t>> entered_;

@@ -17,6 +17,8 @@
 #include <sys/ioctl.h>
 
 #include <cerrno>
+#include <cstdint>
+#include <initializer_list>
 
 namespace tool {
 

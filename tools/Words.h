@@ -1,7 +1,5 @@
 #pragma once
 
-#include <string>
-
 /// What the tool says about itself: --help, the man page and the completions are made of these.
 namespace tool::words {
 
@@ -24,8 +22,7 @@ constexpr const char* kOnlyOthers =
     "Print only the paths of files that are not known to be protected";
 constexpr const char* kNul = "End each record with a zero byte, and print names as they are";
 constexpr const char* kJson =
-    "Print a JSON object a line (docs/report.schema.json). A name that is not UTF-8 has U+FFFD in "
-    "place of what is not";
+    "Print a JSON object a line, as docs/report.schema.json has it, valid whatever the names";
 constexpr const char* kExplain =
     "Print the evidence, problems and notes below each line, and why the host's answer differs";
 constexpr const char* kHostAnswer =
@@ -63,9 +60,5 @@ constexpr const char* kStatus =
     "  2    something is undetermined or unreadable, or the usage was wrong, or the output could\n"
     "       not be written\n"
     "  130  interrupted\n";
-
-inline std::string Footer() {
-  return std::string("\n") + kVerdicts + "\n" + kCommands + "\n" + kStatus;
-}
 
 }  // namespace tool::words
