@@ -48,9 +48,10 @@ std::size_t CachedSource::ReadBelow(std::uint64_t offset, unsigned char* bytes, 
 }
 
 void CachedSource::MakeRoom(std::size_t n) {
-  std::size_t gone = 0;
-  while (gone < pieces_.size() && kept_ + n > kMostKept) kept_ -= pieces_[gone++].size;
-  pieces_.erase(pieces_.begin(), pieces_.begin() + static_cast<std::ptrdiff_t>(gone));
+  while (!pieces_.empty() && kept_ + n > kMostKept) {
+    kept_ -= pieces_.front().size;
+    pieces_.pop_front();
+  }
 }
 
 /// Reads a piece that starts at `offset` and holds `n` bytes if the source has them; null when it

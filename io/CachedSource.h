@@ -1,7 +1,7 @@
 #pragma once
 
+#include <deque>
 #include <memory>
-#include <vector>
 
 #include "io/ByteSource.h"
 
@@ -48,7 +48,7 @@ class CachedSource final : public ByteSource {
   std::size_t Deliver(std::uint64_t offset, unsigned char* bytes, std::size_t n) override;
 
   ByteSource* below_;
-  std::vector<Piece> pieces_;  ///< oldest first
+  std::deque<Piece> pieces_;  ///< oldest first
   std::size_t kept_ = 0;
   std::uint64_t lastEnd_ = 0;  ///< end of the piece read last
   std::size_t lastStep_ = 0;

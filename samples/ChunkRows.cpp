@@ -109,9 +109,10 @@ void ChunkRows::Count(std::uint64_t entries, const PackingOf& packing, SamplePro
 template <class FirstOf>
 ChunkRows::Row ChunkRows::Find(std::uint64_t value, std::uint64_t whole,
                                const FirstOf& first) const {
+  if (rows_ == 1) return First();
   const std::size_t mark =
-      LastNotAbove(marks_.size(), GuessPlace(value, whole, marks_.size()), value,
-                   [&](std::size_t i) { return first(marks_[i].entry, marks_[i].sample); });
+      LastNotAbove(marks_.size(), GuessPlace(value, PlacesPer(whole, marks_.size()), marks_.size()),
+                   value, [&](std::size_t i) { return first(marks_[i].entry, marks_[i].sample); });
   Row row = RowAt(mark * kRowsPerMark, marks_[mark].entry, marks_[mark].sample);
   for (;;) {
     const Row next = Next(row);

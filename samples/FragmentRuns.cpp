@@ -37,8 +37,9 @@ RunPlace FragmentRun::PlaceOf(std::uint64_t samples) const {
 }
 
 std::size_t FragmentRuns::Find(std::uint64_t sample) const {
-  return LastNotAbove(runs.size(), GuessPlace(sample - first, samples, runs.size()), sample,
-                      [this](std::size_t i) { return runs[i].firstSample; });
+  return LastNotAbove(runs.size(),
+                      GuessPlace(sample - first, PlacesPer(samples, runs.size()), runs.size()),
+                      sample, [this](std::size_t i) { return runs[i].firstSample; });
 }
 
 std::uint64_t FragmentRun::LastAtTime(std::uint64_t time) const {
@@ -93,7 +94,7 @@ std::size_t FragmentRuns::LastAtTime(std::uint64_t time) {
   const std::uint64_t start = key(0);
   if (start > time) return n;
   const std::uint64_t length = endTime > start ? endTime - start : 0;
-  return LastNotAbove(n, GuessPlace(time - start, length, n), time, key);
+  return LastNotAbove(n, GuessPlace(time - start, PlacesPer(length, n), n), time, key);
 }
 
 std::uint64_t FragmentRuns::GreatestUpTo(std::size_t run) {

@@ -240,7 +240,7 @@ Guard GuardMap::At(std::uint64_t index) const {
   return At(index, &same);
 }
 
-Guard GuardMap::At(std::uint64_t index, std::uint64_t* same) const {
+Guard GuardMap::Find(std::uint64_t index, std::uint64_t* same) const {
   const auto after = [](std::uint64_t value, const Stretch& s) { return value < s.end; };
   const auto stretch = std::upper_bound(stretches_.begin(), stretches_.end(), index, after);
   if (stretch == stretches_.end()) {

@@ -64,7 +64,11 @@ class GuardMap {
   bool IsSame(std::uint64_t samples) const;
   Guard At(std::uint64_t index) const;
   /// The answer, and how many samples from `index` on are known to have it too (at least 1).
-  Guard At(std::uint64_t index, std::uint64_t* same) const;
+  Guard At(std::uint64_t index, std::uint64_t* same) const {
+    if (!stretches_.empty()) return Find(index, same);
+    *same = ~std::uint64_t{0} - index;
+    return rest_;
+  }
 
  private:
   struct Stretch {
@@ -72,6 +76,7 @@ class GuardMap {
     std::uint32_t pattern;
     std::uint32_t length;
   };
+  Guard Find(std::uint64_t index, std::uint64_t* same) const;
   void Add(std::uint64_t samples, const std::vector<Guard>& pattern);
   std::uint64_t StartOf(std::size_t stretch) const {
     return stretch > 0 ? stretches_[stretch - 1].end : 0;

@@ -1,7 +1,5 @@
 #include "samples/RunRows.h"
 
-#include "samples/Search.h"
-
 namespace mp4 {
 
 void RunRows::Load(BoxTree* tree, BoxId box, SampleProblems* problems) {
@@ -11,8 +9,7 @@ void RunRows::Load(BoxTree* tree, BoxId box, SampleProblems* problems) {
   lastValue_ = last > 0 ? ValueOf(last - 1) : 0;
 }
 
-void RunRows::MakeMarks() {
-  if (!marks_.empty()) return;
+void RunRows::MakeAllMarks() {
   marks_.reserve(rows_ / kRowsPerMark + 1);
   std::uint64_t first = 0;
   std::uint64_t total = 0;
@@ -24,6 +21,8 @@ void RunRows::MakeMarks() {
   }
   if (marks_.empty()) marks_.push_back({0, 0});
   end_ = {rows_, first, total};
+  marksPerSample_ = PlacesPer(first, marks_.size());
+  marksPerTotal_ = PlacesPer(total, marks_.size());
 }
 
 RunRows::Place RunRows::End() {
@@ -31,24 +30,33 @@ RunRows::Place RunRows::End() {
   return end_;
 }
 
-RunRows::Place RunRows::Find(std::uint64_t index) {
+template <bool kTotal>
+RunRows::Place RunRows::FindRow(std::uint64_t index) {
   MakeMarks();
-  const std::size_t mark = LastNotAbove(marks_.size(), GuessPlace(index, end_.first, marks_.size()),
-                                        index, [this](std::size_t i) { return marks_[i].first; });
+  if (rows_ == 1) return index < end_.first ? Place{} : end_;
+  const std::size_t mark =
+      LastNotAbove(marks_.size(), GuessPlace(index, marksPerSample_, marks_.size()), index,
+                   [this](std::size_t i) { return marks_[i].first; });
   Place place{mark * kRowsPerMark, marks_[mark].first, marks_[mark].total};
-  for (; place.row < rows_; ++place.row) {
-    const std::uint64_t count = CountOf(place.row);
+  const unsigned char* row = bytes_.data() + place.row * kWidth;
+  for (; place.row < rows_; ++place.row, row += kWidth) {
+    const std::uint64_t count = LoadBe32(row);
     if (index - place.first < count) break;
     place.first += count;
-    place.total += count * ValueOf(place.row);
+    if constexpr (kTotal) place.total += count * LoadBe32(row + 4);
   }
   return place;
 }
 
+RunRows::Place RunRows::Find(std::uint64_t index) { return FindRow<true>(index); }
+
+RunRows::Place RunRows::FindWithoutTotal(std::uint64_t index) { return FindRow<false>(index); }
+
 RunRows::Place RunRows::FindTotal(std::uint64_t total) {
   MakeMarks();
-  const std::size_t mark = LastNotAbove(marks_.size(), GuessPlace(total, end_.total, marks_.size()),
-                                        total, [this](std::size_t i) { return marks_[i].total; });
+  const std::size_t mark =
+      LastNotAbove(marks_.size(), GuessPlace(total, marksPerTotal_, marks_.size()), total,
+                   [this](std::size_t i) { return marks_[i].total; });
   Place place{mark * kRowsPerMark, marks_[mark].first, marks_[mark].total};
   Place found = place;
   for (; place.row < rows_ && place.total <= total; ++place.row) {
@@ -67,7 +75,7 @@ RunCursor CursorAt(RunRows* rows, std::uint64_t index, std::uint32_t past, std::
   cursor.end = cursor.row + rows->Rows() * RunRows::kWidth;
   if (sum != nullptr) *sum = 0;
   if (index == 0) return cursor;
-  const RunRows::Place place = rows->Find(index);
+  const RunRows::Place place = sum != nullptr ? rows->Find(index) : rows->FindWithoutTotal(index);
   const std::uint64_t inside = index - place.first;
   cursor.row += place.row * RunRows::kWidth;
   if (place.row < rows->Rows()) {

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "samples/Search.h"
 #include "samples/TableBytes.h"
 
 namespace mp4 {
@@ -12,7 +13,7 @@ namespace mp4 {
 /// that is not about the start makes a mark every kRowsPerMark rows.
 class RunRows {
  public:
-  static constexpr std::size_t kRowsPerMark = 32;
+  static constexpr std::size_t kRowsPerMark = 16;
   static constexpr std::size_t kWidth = 8;
 
   /// A row, with what the rows in front of it hold.
@@ -35,23 +36,40 @@ class RunRows {
 
   /// The row of a sample; behind the last row when they hold fewer.
   Place Find(std::uint64_t index);
+  /// The same, for those to whom the total does not matter.
+  Place FindWithoutTotal(std::uint64_t index);
   /// For times: the row in which the total passes `total`: the last one that begins with samples at
   /// or below it.
   Place FindTotal(std::uint64_t total);
   /// Behind the last row.
   Place End();
+  /// Asks for the bytes that Find will probably look at.
+  void Foresee(std::uint64_t index) const {
+    if (rows_ <= kRowsPerMark || marks_.empty()) return;
+    const std::size_t mark = GuessPlace(index, marksPerSample_, marks_.size());
+    __builtin_prefetch(&marks_[mark]);
+    __builtin_prefetch(bytes_.data() + mark * kRowsPerMark * kWidth);
+    __builtin_prefetch(bytes_.data() + mark * kRowsPerMark * kWidth + 64);
+  }
 
  private:
   struct Mark {
     std::uint64_t first;
     std::uint64_t total;
   };
-  void MakeMarks();
+  void MakeMarks() {
+    if (marks_.empty()) MakeAllMarks();
+  }
+  void MakeAllMarks();
+  template <bool kTotal>
+  Place FindRow(std::uint64_t index);
 
   TableBytes bytes_;
   std::size_t rows_ = 0;
   std::uint32_t lastValue_ = 0;
   std::vector<Mark> marks_;
+  double marksPerSample_ = 0;
+  double marksPerTotal_ = 0;
   Place end_;
 };
 

@@ -55,6 +55,7 @@ bool SampleCursor::Seek(std::uint64_t number) {
     return true;
   }
   const ChunkRows& chunks = tables_->chunks;
+  if (!chunks.Packs()) Foresee(sample);
   row_ = chunks.FindSample(sample);
   const std::uint64_t perChunk = Packets(row_.perChunk, chunks.PackingFor(row_.description).frames);
   const std::uint64_t chunk = (sample - row_.firstSample) / perChunk;
@@ -63,6 +64,13 @@ bool SampleCursor::Seek(std::uint64_t number) {
   EnterChunk((sample - row_.firstSample) % perChunk);
   SetTables(entry_);
   return true;
+}
+
+/// Asks for what the tables have of an entry, so that the waits for memory overlap.
+void SampleCursor::Foresee(std::uint64_t entry) const {
+  if (sizes_->Kind() == SizeRows::Width::k32) __builtin_prefetch(sizeBytes_ + entry * 4);
+  tables_->times.Foresee(entry);
+  tables_->offsets.Foresee(entry);
 }
 
 std::size_t SampleCursor::Next(Sample* samples, std::size_t most) {
@@ -131,10 +139,11 @@ void SampleCursor::EnterChunk(std::uint64_t samplesPassed) {
 /// Sets the cursors over the tables to an entry.
 void SampleCursor::SetTables(std::uint64_t entry) {
   times_ = CursorAt(&tables_->times, entry, tables_->times.LastValue(), &time_);
-  offsets_ = CursorAt(&tables_->offsets, entry, 0, nullptr);
+  offsets_ = RunCursor();
+  if (tables_->hasOffsets) offsets_ = CursorAt(&tables_->offsets, entry, 0, nullptr);
   allSync_ = !tables_->sync.IsThere();
-  sync_ = CursorAt(tables_->sync, entry + 1);
-  partial_ = CursorAt(tables_->partialSync, entry + 1);
+  if (!allSync_) sync_ = CursorAt(tables_->sync, entry + 1);
+  if (tables_->partialSync.IsThere()) partial_ = CursorAt(tables_->partialSync, entry + 1);
 }
 
 /// What few tracks have: groups that change, dependencies, partial sync samples. `entry_` has

@@ -47,6 +47,7 @@ class SampleCursor {
   void EnterChunk(std::uint64_t samplesPassed);
   void EnterRun(std::size_t index, std::uint64_t samplesPassed);
   void SetTables(std::uint64_t entry);
+  void Foresee(std::uint64_t entry) const;
   void TakePacket(Sample* sample);
   void LookUp(Sample* sample);
   void TakeExtra(Sample* sample) const;

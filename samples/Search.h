@@ -29,11 +29,15 @@ std::size_t LastNotAbove(std::size_t n, std::size_t guess, std::uint64_t value, 
   return low;
 }
 
-/// `value` of `whole` as a place among `n`.
-inline std::size_t GuessPlace(std::uint64_t value, std::uint64_t whole, std::size_t n) {
-  if (whole == 0) return 0;
-  const double part = static_cast<double>(value) / static_cast<double>(whole);
-  return part < 1 ? static_cast<std::size_t>(part * static_cast<double>(n)) : n;
+/// Places of a table of `n` for each unit of a value that grows to `whole` over it.
+inline double PlacesPer(std::uint64_t whole, std::size_t n) {
+  return whole != 0 ? static_cast<double>(n) / static_cast<double>(whole) : 0;
+}
+
+/// The place among `n`, at least 1, where a value probably is.
+inline std::size_t GuessPlace(std::uint64_t value, double placesPer, std::size_t n) {
+  const double place = static_cast<double>(value) * placesPer;
+  return place < static_cast<double>(n) ? static_cast<std::size_t>(place) : n - 1;
 }
 
 }  // namespace mp4

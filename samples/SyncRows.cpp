@@ -32,7 +32,7 @@ void SyncRows::Sort() {
 
 std::size_t SyncRows::RowsUpTo(std::uint64_t number) const {
   if (rows_ == 0 || NumberAt(0) > number) return 0;
-  const std::size_t guess = GuessPlace(number, NumberAt(rows_ - 1), rows_);
+  const std::size_t guess = GuessPlace(number, PlacesPer(NumberAt(rows_ - 1), rows_), rows_);
   return LastNotAbove(rows_, guess, number, [this](std::size_t row) { return NumberAt(row); }) + 1;
 }
 
