@@ -70,7 +70,18 @@ std::string NameOf(const BoxTree& tree, BoxId box) {
   return "the box \"" + TypeText(type) + "\"";
 }
 
-std::string TextOf(const BoxTree& tree, const BoxProblem& problem) {
+/// None in an inflated movie. The children of a compressed box lie in another space than it.
+std::optional<std::uint64_t> OffsetOf(const BoxTree& tree, const BoxProblem& problem) {
+  const Box& box = tree.At(problem.box);
+  const bool compressed =
+      box.type == FourCC("cmvd") || box.type == FourCC("!mov") || box.type == FourCC("!mof");
+  if (box.space != 0 || (compressed && problem.offset != box.offset)) return std::nullopt;
+  return problem.offset;
+}
+
+}  // namespace
+
+std::string TextOfProblem(const BoxTree& tree, const BoxProblem& problem) {
   const Box& box = tree.At(problem.box);
   const std::string name = NameOf(tree, problem.box);
   switch (problem.fault) {
@@ -111,22 +122,11 @@ std::string TextOf(const BoxTree& tree, const BoxProblem& problem) {
   return name + " could not be read at byte " + Grouped(problem.offset);
 }
 
-/// None in an inflated movie. The children of a compressed box lie in another space than it.
-std::optional<std::uint64_t> OffsetOf(const BoxTree& tree, const BoxProblem& problem) {
-  const Box& box = tree.At(problem.box);
-  const bool compressed =
-      box.type == FourCC("cmvd") || box.type == FourCC("!mov") || box.type == FourCC("!mof");
-  if (box.space != 0 || (compressed && problem.offset != box.offset)) return std::nullopt;
-  return problem.offset;
-}
-
-}  // namespace
-
 std::string ReportTreeProblems(Findings* findings) {
   const BoxTree& tree = findings->Tree();
   std::string reason;
   for (const BoxProblem& problem : tree.Problems()) {
-    std::string text = TextOf(tree, problem);
+    std::string text = TextOfProblem(tree, problem);
     if (!MayHide(tree, problem)) {
       findings->Remark(problem.box, OffsetOf(tree, problem), std::move(text));
       continue;
