@@ -8,11 +8,17 @@
 #include <vector>
 
 #include "tools/CommandLine.h"
+#include "tools/Commands.h"
 #include "tools/JudgeCommand.h"
 
 namespace {
 
-int Judge(const std::vector<std::string>& arguments) {
+int Run(std::vector<std::string> arguments) {
+  for (const tool::Command& command : tool::Commands()) {
+    if (arguments.empty() || arguments.front() != command.name) continue;
+    arguments.erase(arguments.begin());
+    return command.run(arguments);
+  }
   tool::JudgeOptions options;
   int status = tool::kAllClear;
   return tool::ParseJudgeArguments(arguments, &options, &status) ? tool::RunJudge(options) : status;
@@ -29,7 +35,7 @@ int main(int argc, char** argv) {
   // A reader that goes away is then an error of the write, reported like any other.
   std::signal(SIGPIPE, SIG_IGN);
   try {
-    return Judge(std::vector<std::string>(argv + 1, argv + argc));
+    return Run(std::vector<std::string>(argv + 1, argv + argc));
   } catch (...) {
     std::fputs("mp4judge: out of memory\n", stderr);
     return tool::kTrouble;
