@@ -1,14 +1,85 @@
 #include "door/HostDifference.h"
 
+#include "door/HostCounting.h"
+#include "door/HostCulprit.h"
+#include "door/HostFormat.h"
+#include "door/HostReading.h"
+#include "door/HostTrial.h"
+#include "io/FourCC.h"
+
 namespace mp4 {
 
+namespace {
+
+/// A file whose movie and fragments take more is not tried.
+constexpr std::uint64_t kMostCopied = std::uint64_t{8} << 20;
+
+HostTrial TrialOf(CachedSource* source, const Report& report) {
+  return HostTrial(HostCopy::Of(source, report.stoppedAt.value_or(source->Size()), kMostCopied));
+}
+
+/// Tracks whose handler box stands behind their sample entries, which the host then does not know
+/// how to read.
+bool HasLateHandler(BoxTree* tree) {
+  const BoxId movie = tree->Child(kRootBox, FourCC("moov"));
+  BoxId track = movie != kNoBox ? tree->Child(movie, FourCC("trak")) : kNoBox;
+  for (; track != kNoBox; track = tree->NextOfType(track)) {
+    const BoxId media = tree->Child(track, FourCC("mdia"));
+    if (media == kNoBox) continue;
+    const BoxId handler = tree->Child(media, FourCC("hdlr"));
+    const BoxId information = tree->Child(media, FourCC("minf"));
+    if (handler == kNoBox || information == kNoBox) continue;
+    if (tree->At(handler).offset > tree->At(information).offset) return true;
+  }
+  return false;
+}
+
+bool IsProtected(mp4judge_host_answer answer) { return answer == MP4JUDGE_HOST_PROTECTED; }
+
+std::string OrNotExplained(const std::string& why) { return why.empty() ? "not explained" : why; }
+
+std::string WhyUnreadable(CachedSource* source, const Report& report) {
+  const std::string why = WhyHostDoesNotBegin(source);
+  if (!why.empty()) return why;
+  HostTrial trial = TrialOf(source, report);
+  return WhyHostFails(&trial);
+}
+
+/// Why the host does not see a "drms" where it should.
+std::string WhyOverlooked(CachedSource* source, const Report& report) {
+  HostTrial trial = TrialOf(source, report);
+  if (!trial.Copy().whole || trial.Answer({}) != MP4JUDGE_HOST_CLEAR) return {};
+  const std::vector<BoxId> culprit = FindCulprit(&trial, IsProtected);
+  if (!culprit.empty()) {
+    return "what it read before is replaced by " + DescribeCulprit(&trial, culprit) +
+           "; without that it says \"protected\"";
+  }
+  return HasLateHandler(&trial.Tree()) ? "a handler box stands behind the sample entries" : "";
+}
+
+std::string WhyClear(CachedSource* source, const Report& report) {
+  const std::string why = WhyHostCountsNothing(report);
+  return why.empty() ? WhyOverlooked(source, report) : why;
+}
+
+std::string WhyProtected(CachedSource* source, const Report& report) {
+  HostTrial trial = TrialOf(source, report);
+  return WhereHostFindsFormat(&trial);
+}
+
+}  // namespace
+
 std::string WhyHostDiffers(CachedSource* source, const Report& report, mp4judge_host_answer host) {
-  (void)source;
-  const bool agree =
-      host == MP4JUDGE_HOST_PROTECTED
-          ? report.verdict == ProtectionVerdict::kProtected
-          : host == MP4JUDGE_HOST_CLEAR && report.verdict != ProtectionVerdict::kProtected;
-  return agree ? std::string() : "not explained";
+  const bool isProtected = report.verdict == ProtectionVerdict::kProtected;
+  if (host == MP4JUDGE_HOST_UNREADABLE) {
+    return "the host reads no movie: " + OrNotExplained(WhyUnreadable(source, report));
+  }
+  if (isProtected == IsProtected(host)) return {};
+  if (isProtected) {
+    return "the host counts \"drms\" as the first format of a sound or video track, no more: " +
+           OrNotExplained(WhyClear(source, report));
+  }
+  return "the host says \"protected\": " + OrNotExplained(WhyProtected(source, report));
 }
 
 }  // namespace mp4
