@@ -1,0 +1,43 @@
+"""Whether MP4, MOV, M4A, 3GP, CMAF and HEIF files are protected, and where they say so.
+
+    >>> import mp4judge
+    >>> mp4judge.judge("clip.mp4")
+    'clear'
+    >>> mp4judge.inspect("film.mp4").evidence[0].box_path
+    'moov/trak[1]/mdia/minf/stbl/stsd/encv[1]/sinf/schm'
+"""
+
+from ._inspect import inspect, judge
+from ._library import version
+from ._report import (
+    Entry,
+    Evidence,
+    Failure,
+    Item,
+    Problem,
+    Report,
+    Scheme,
+    System,
+    Track,
+    Verdict,
+)
+from ._sources import Source
+
+__version__ = version()
+
+__all__ = [
+    "Entry",
+    "Evidence",
+    "Failure",
+    "Item",
+    "Problem",
+    "Report",
+    "Scheme",
+    "Source",
+    "System",
+    "Track",
+    "Verdict",
+    "inspect",
+    "judge",
+    "version",
+]
