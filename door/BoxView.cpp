@@ -53,7 +53,8 @@ ShownBox ShowBox(BoxTree* tree, const BoxListing& listing, BoxId id, int level) 
   shown.fields = FieldsOf(tree, id, &cut);
   shown.problems = listing.ProblemsOf(id);
   // A box that is cut as a whole has said so.
-  if (cut && shown.problems.empty()) shown.problems.push_back("it ends before its own fields do");
+  if (cut && shown.problems.empty())
+    shown.problems.emplace_back("it ends before its own fields do");
   return shown;
 }
 

@@ -5,7 +5,7 @@ namespace mp4 {
 namespace {
 
 std::string Numbered(const char* what, unsigned number) {
-  return what + (" " + std::to_string(number));
+  return std::string(what).append(" ").append(std::to_string(number));
 }
 
 }  // namespace
