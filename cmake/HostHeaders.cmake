@@ -4,7 +4,8 @@
 file(GLOB MP4JUDGE_HOST_ROOTS RELATIVE ${PROJECT_SOURCE_DIR} CONFIGURE_DEPENDS boxes/*/Box*.h)
 list(APPEND MP4JUDGE_HOST_ROOTS
   demux/Mp4Demux.h demux/FileInfoInterface.h demux/Mp4FileMode.h
-  codecs/movaudiotags.h platform/ZR_Log.h io/Mp4StreamReader.h io/mmBufReader.h io/ConvertUTF.h)
+  boxes/description/MakeAACExtraData.h codecs/movaudiotags.h platform/ZR_Log.h
+  io/Mp4StreamReader.h io/mmBufReader.h io/ConvertUTF.h)
 
 # mp4judge_write_host_headers(FOLDER): (re)writes FOLDER/mp4judge/host; changed headers configure anew.
 function(mp4judge_write_host_headers folder)

@@ -1,6 +1,12 @@
 #include "demux/Mp4Demux.h"
 
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+
 #include "boxes/base/BoxReading.h"
+#include "demux/MakeBlockBuffer.h"
+#include "demux/Mp4FileMode.h"
 #include "io/AttachedScan.h"
 #include "io/BulkRead.h"
 #include "io/Charge.h"
@@ -12,6 +18,8 @@
 #include "io/WithoutThrowing.h"
 
 namespace {
+
+constexpr int kBlockSizeWithoutContext = 0x200000;
 
 /// First boxes that tell a QuickTime movie without a file type box.
 bool StartsMovie(std::uint32_t type) {
@@ -31,8 +39,9 @@ bool StartsMovie(std::uint32_t type) {
 }  // namespace
 
 /// A top-level box header. For the 64-bit form the payload is deliberately 8 bytes too large and
-/// the next position 8 bytes too far: hosts rely on the scan ending where it always did. Only the
-/// reader itself, for media data, moves exactly to the end of the box.
+/// the next position 8 bytes too far: hosts rely on the scan ending where it always did. In ISO/IEC
+/// 14496-12 "largesize" counts the whole box, its header of 16 bytes included. Only the reader
+/// itself, for media data, moves exactly to the end of the box.
 struct Mp4Demux::TopBox {
   std::uint32_t type;
   bool large;
@@ -103,6 +112,7 @@ bool Mp4Demux::Scan(long long fileSize) {
 }
 
 bool Mp4Demux::ReadFirstBox(long long fileSize, long long* scanFrom) {
+  // A size of 1 stands for itself here. In ISO/IEC 14496-12 it announces a "largesize".
   const std::uint32_t stored = reader->GetBe32();
   const long long size = stored != 0 ? stored : fileSize;
   const std::uint32_t type = reader->GetLe32();
@@ -159,7 +169,8 @@ bool Mp4Demux::Dispatch(const TopBox& box) {
   }
 }
 
-/// A second movie box replaces the first; its result and content win.
+/// A second movie box replaces the first; its result and content win. ISO/IEC 14496-12 has exactly
+/// one.
 bool Mp4Demux::ReadMovie(long long payload) {
   movieBox = std::make_unique<BoxMOOV>();
   return movieBox->ReadData(reader.get(), payload, context.get());
@@ -173,4 +184,40 @@ bool Mp4Demux::ReadFragment(long long payload) {
   fragment->MergeFragment(context.get(), movieBox.get());
   fragments.push_back(std::move(fragment));
   return true;
+}
+
+const MP4_FILE_MODE Mp4Demux::m_arSupportedMode[12] = {
+    MP4_FILE_MODE_MP4,     MP4_FILE_MODE_3GP,     MP4_FILE_MODE_3G2,     MP4_FILE_MODE_PSP,
+    MP4_FILE_MODE_MOV,     MP4_FILE_MODE_UNKNOWN, MP4_FILE_MODE_UNKNOWN, MP4_FILE_MODE_UNKNOWN,
+    MP4_FILE_MODE_UNKNOWN, MP4_FILE_MODE_UNKNOWN, MP4_FILE_MODE_UNKNOWN, MP4_FILE_MODE_UNKNOWN};
+
+int Mp4Demux::GetMaxBlockSize() {
+  if (context == nullptr) return kBlockSizeWithoutContext;
+  int largest = 0;
+  for (const auto& track : context->tracks) {
+    if (track != nullptr) largest = std::max(largest, static_cast<int>(track->maxSampleSize));
+  }
+  return largest;
+}
+
+bool Mp4Demux::ReadyToDemux() {
+  if (movieBox == nullptr || context == nullptr) return false;
+  const int largest = GetMaxBlockSize();
+  if (blockBuffer == nullptr || blockBuffer->capacity < largest) {
+    blockBuffer.reset();
+    blockBuffer = mp4::MakeBlockBuffer(largest);
+  }
+  // Unready tracks show when samples are asked for, not here: hosts open silent movies too.
+  movieBox->ReadyToDemux();
+  return true;
+}
+
+bool Mp4Demux::IsSupportedFormat(unsigned int tag) {
+  if (tag == 0) return false;
+  return std::any_of(std::begin(m_arSupportedMode), std::end(m_arSupportedMode), [tag](auto mode) {
+    const Mp4FileModeInfo* row = GetFileModeInfo(mode);
+    unsigned char bytes[4];
+    std::memcpy(bytes, row->tag, sizeof bytes);
+    return mp4::LoadLe32(bytes) == tag;
+  });
 }

@@ -1,5 +1,6 @@
+#include "boxes/description/AudioSampleEntry.h"
+
 #include "boxes/base/BoxReading.h"
-#include "boxes/description/BoxSTSD.h"
 #include "boxes/description/SampleEntryReading.h"
 #include "boxes/description/SoundDescription.h"
 #include "io/Charge.h"
@@ -9,7 +10,7 @@ namespace {
 
 using Track = Mp4Context::TRACK;
 
-/// The one child that is read.
+/// The one child that is read. ISO/IEC 14496-12 allows any number of them.
 struct FirstChild {
   long long size;
   std::uint32_t type;

@@ -4,9 +4,6 @@
 #include <memory>
 
 #include "boxes/base/BoxBase.h"
-#include "boxes/description/BoxAVCC.h"
-#include "boxes/description/BoxESDS.h"
-#include "boxes/description/BoxWAVE.h"
 
 /// Sample description box "stsd" (ISO/IEC 14496-12 SampleDescriptionBox), a child of "stbl". Only
 /// its first entry is read, by the handler type of the current track; what it says goes into the
@@ -17,26 +14,8 @@ class MP4JUDGE_API BoxSTSD : public BoxBase {
   /// children never fail it.
   class MP4JUDGE_API BaseSampleEntry : public BoxBase {};
 
-  /// VisualSampleEntry, or a QuickTime image description: picture size, compressor name and decoder
-  /// configuration. Sets the record's format only while that is 0.
-  class MP4JUDGE_API VisualSampleEntry : public BaseSampleEntry {
-   public:
-    bool ReadData(mmStreamReader* reader, long long size, Mp4Context* context) override;
-
-    std::unique_ptr<BoxESDS> esds;
-    std::unique_ptr<BoxAVCC> avcc;
-  };
-
-  /// AudioSampleEntry, or a QuickTime sound description of version 0 to 2. Always sets the record's
-  /// format; one child is read, which in QuickTime files is searched for. The search costs one step
-  /// per 4 bytes that exist.
-  class MP4JUDGE_API AudioSampleEntry : public BaseSampleEntry {
-   public:
-    bool ReadData(mmStreamReader* reader, long long size, Mp4Context* context) override;
-
-    std::unique_ptr<BoxWAVE> wave;
-    std::unique_ptr<BoxESDS> esds;
-  };
+  class VisualSampleEntry;  // in VisualSampleEntry.h
+  class AudioSampleEntry;   // in AudioSampleEntry.h
 
   /// Passes over its payload.
   class MP4JUDGE_API MpegSampleEntry : public BaseSampleEntry {
@@ -56,7 +35,6 @@ class MP4JUDGE_API BoxSTSD : public BoxBase {
   std::unique_ptr<BaseSampleEntry> entry;  ///< null for handlers that are not described
 };
 
-/// Writes an AAC decoder configuration (ISO/IEC 14496-3 AudioSpecificConfig) of 2 bytes, or of 5
-/// for a negative profile, which signals SBR explicitly, and returns their number. The object type
-/// is |profile| + 1, `sampleRate` is in Hz. A null buffer gives 0.
-MP4JUDGE_API int MakeAACExtraData(unsigned char* buffer, int profile, int sampleRate, int channels);
+// Whoever knows this box may name its entries; they need it whole, and so come behind it.
+#include "boxes/description/AudioSampleEntry.h"   // IWYU pragma: export
+#include "boxes/description/VisualSampleEntry.h"  // IWYU pragma: export

@@ -1,9 +1,10 @@
+#include "boxes/description/VisualSampleEntry.h"
+
 #include <algorithm>
 #include <cstring>
 #include <utility>
 
 #include "boxes/base/BoxReading.h"
-#include "boxes/description/BoxSTSD.h"
 #include "boxes/description/SampleEntryReading.h"
 #include "io/Charge.h"
 #include "io/FourCC.h"
@@ -30,7 +31,8 @@ struct ImageDescription {
   char compressorName[32] = {};
 };
 
-/// A length that cannot be one means that the field is plain text of 32 bytes.
+/// A length that cannot be one means that the field is plain text of 32 bytes. In ISO/IEC 14496-12
+/// the first byte always is the length.
 void ReadCompressorName(mmStreamReader* reader, char (&name)[32]) {
   unsigned int bytes = sizeof name - 1;
   if (reader->GetByte() > bytes) {

@@ -1,19 +1,17 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <memory>
-#include <vector>
 
 #include "boxes/base/BoxBase.h"
 #include "boxes/base/Mp4Context.h"
-#include "io/mmBuffer.h"
+#include "boxes/tables/SizeRows.h"
 
 /// Sample size box "stsz" (ISO/IEC 14496-12, SampleSizeBox): one constant size with a count, or one
 /// size per sample. It publishes largest size, total bytes and bit rate in the track record.
 ///
 /// Samples are 0-based, sizes are unsigned bytes. Appending a size that differs turns the constant
-/// form into the table form; the samples before it are then kept as a count and a size, so that
-/// samples which exist only as a number cost no memory.
+/// form into the table form (SizeRows), in which the samples before it stay a count and a size.
 class MP4JUDGE_API BoxSTSZ : public BoxBase {
  public:
   /// Fails on a null reader, a size below 1, or when memory is refused.
@@ -43,36 +41,24 @@ class MP4JUDGE_API BoxSTSZ : public BoxBase {
   bool IsIntact() const { return intact; }
 
  private:
-  static constexpr std::size_t kRowBytes = 4;
-
   bool ReadTableForm(mmStreamReader* reader, long long body, std::uint64_t* total);
-  void SumEntries(std::uint64_t* total);
   void DividePackets(std::uint64_t* total);
   void PublishSizes();
   void PublishTotals(std::uint64_t total);
   bool IsAudio() const;
 
   std::uint64_t AppendStep(unsigned int size, unsigned int count);
-  bool MustExpand() const;
+  bool MustExpand() const { return constantSize != 0 || rows.IsEmpty(); }
   bool Expand();
   bool AppendRows(unsigned int size, std::size_t count);
   bool TakesRows(std::size_t count) const;
   bool AppendRows(const std::uint32_t* sizes, std::size_t count);
   void PublishAppended(unsigned int size);
 
-  std::int64_t HeldRows() const;
-  std::uint64_t SumRows(std::int64_t first, std::int64_t last) const;
-  std::uint64_t SumRowsBefore(std::int64_t row) const;
-  void ExtendBlockSums();
-
   Mp4Context::TRACK* track = nullptr;
   std::uint32_t largestSize = 0;
   std::uint32_t constantSize = 0;
   std::uint32_t sampleCount = 0;
-  std::unique_ptr<mmBuffer> entries;
-
-  std::uint32_t prefixCount = 0;  ///< samples before the rows in `entries`, all of prefixSize
-  std::uint32_t prefixSize = 0;
-  std::vector<std::uint64_t> blockSums;  ///< [b]: sum of the rows before block b + 1
+  mp4::SizeRows rows;  ///< the table form; empty in constant form
   bool intact = true;
 };

@@ -1,25 +1,33 @@
 #include "boxes/tables/BoxSTTS.h"
 
 #include <algorithm>
-#include <cstddef>
+#include <vector>
 
-#include "boxes/base/TableBody.h"
+#include "boxes/base/FullBoxHeader.h"
 #include "io/BigEndianRows.h"
 #include "io/FillFrom.h"
 #include "io/FourCC.h"
+#include "io/WithoutThrowing.h"
 #include "io/WrapMath.h"
+
+namespace {
+
+/// Hosts were written against durations cut to one signed byte: 1024 reads as 0, 3003 as -69. In
+/// ISO/IEC 14496-12 a sample delta has 32 bits.
+signed char LowByte(std::int32_t duration) {
+  return static_cast<signed char>(static_cast<unsigned char>(duration & 0xFF));
+}
+
+}  // namespace
 
 bool BoxSTTS::ReadData(mmStreamReader* reader, long long size, Mp4Context* context) {
   if (reader == nullptr || size < 1) return false;
   mp4::SkipFullBoxHeader(reader);
   const std::uint32_t declared = reader->GetBe32();
-  entryCount = 0;
   hasConstantDuration = false;
   published = 0;
-  index.Reset();
-  if (!mp4::ReadTableBody(reader, mp4::WrapSub(size, 8), kRowBytes, &entries)) return false;
-  entryCount = mp4::ClampCount(declared, *entries, kRowBytes);
-  SumEntries();
+  if (!rows.Read(reader, mp4::WrapSub(size, 8), declared)) return false;
+  SumRows();
   if (context == nullptr) return true;
   track = context->GetCurrentTrack();
   fileMode = context->GetFileMode();
@@ -28,9 +36,9 @@ bool BoxSTTS::ReadData(mmStreamReader* reader, long long size, Mp4Context* conte
   return intact;
 }
 
-void BoxSTTS::SumEntries() {
-  const auto rows = static_cast<std::size_t>(std::max(entryCount, 0));
-  const mp4::TimeTotals totals = mp4::WidestRows().times(entries->data.get(), rows);
+void BoxSTTS::SumRows() {
+  const auto count = static_cast<std::size_t>(std::max(rows.Count(), 0));
+  const mp4::TimeTotals totals = mp4::WidestRows().times(rows.Bytes()->data.get(), count);
   totalSamples = static_cast<std::int32_t>(totals.samples);
   totalDuration = static_cast<std::int64_t>(totals.duration);
 }
@@ -79,7 +87,7 @@ bool BoxSTTS::IsAsPublished() const {
 
 std::int64_t BoxSTTS::RowsToRefill() const {
   if (!PublishesEntries() || hasConstantDuration || IsAsPublished()) return 0;
-  return std::max(entryCount, 0);
+  return std::max(rows.Count(), 0);
 }
 
 void BoxSTTS::OptimizeAudio() {
@@ -98,10 +106,53 @@ void BoxSTTS::PublishEntries() {
                      static_cast<std::uint32_t>(constantDuration)});
     return;
   }
-  const unsigned char* rows = entries->data.get();
-  const auto load = [rows](std::size_t from, std::size_t n, tagSTTS* out) {
-    mp4::WidestRows().copy(rows + from * kRowBytes, 2 * n, out);
+  const unsigned char* bytes = rows.Bytes()->data.get();
+  const auto load = [bytes](std::size_t from, std::size_t n, tagSTTS* out) {
+    mp4::WidestRows().copy(bytes + from * mp4::TimeRows::kRowBytes, 2 * n, out);
   };
-  mp4::FillFrom(&table, first, static_cast<std::size_t>(std::max(entryCount, 0)), load);
+  mp4::FillFrom(&table, first, static_cast<std::size_t>(std::max(rows.Count(), 0)), load);
   published = table.size();
+}
+
+signed char BoxSTTS::GetSampleDuration(int i) {
+  return LowByte(hasConstantDuration ? constantDuration : rows.DurationOf(i));
+}
+
+long long BoxSTTS::GetPTS(int i) {
+  return IsConstant() ? static_cast<long long>(constantDuration) * i : rows.TimeOf(i);
+}
+
+long long BoxSTTS::GetSampleIndexBefore(long long time) {
+  return IsConstant() ? time / constantDuration : rows.SampleAt(time);
+}
+
+void BoxSTTS::AppendTimes(unsigned int duration, unsigned int count) {
+  if (count == 0) return;
+  AddToTotals(duration, count);
+  intact = rows.Append(duration, count) && intact;
+}
+
+void BoxSTTS::CountSamples(unsigned int duration, unsigned int count) {
+  totalSamples = mp4::WrapAdd32(totalSamples, static_cast<std::int32_t>(count));
+  const std::uint64_t added = static_cast<std::uint64_t>(duration) * count;
+  totalDuration = mp4::WrapAdd(totalDuration, static_cast<std::int64_t>(added));
+  CalcAvInfo();
+}
+
+/// As CountSamples of one sample, `count` times, in few steps. The last sample is always counted by
+/// itself: where it wraps the number of samples to 0, the frame rate published before it stays.
+/// With packets of two samples or more every step divides the totals again; they soon stop
+/// changing, and then no further step would.
+void BoxSTTS::AddToTotals(unsigned int duration, unsigned int count) {
+  if (!DividesPackets() || track->samplesPerPacket == 1) {
+    if (count > 1) CountSamples(duration, count - 1);
+    CountSamples(duration, 1);
+    return;
+  }
+  for (; count > 0; --count) {
+    const std::int32_t samples = totalSamples;
+    const std::int64_t before = totalDuration;
+    CountSamples(duration, 1);
+    if (samples == totalSamples && before == totalDuration) return;
+  }
 }

@@ -1,29 +1,11 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <limits>
-#include <memory>
 
 #include "boxes/base/BoxBase.h"
 #include "boxes/base/Mp4Context.h"
-#include "boxes/tables/PrefixIndex.h"
-#include "io/mmBuffer.h"
-
-namespace mp4 {
-
-/// Samples and media time before a row of the time-to-sample table: counts wrap in 32 bits, times
-/// in 64. The `most` fields are the largest values so far.
-struct TimeState {
-  static constexpr std::size_t kRowBytes = 8;
-  TimeState After(const unsigned char* row) const;
-
-  std::int32_t count = 0;
-  std::int32_t mostCount = std::numeric_limits<std::int32_t>::min();
-  std::int64_t time = 0;
-  std::int64_t mostTime = std::numeric_limits<std::int64_t>::min();
-};
-
-}  // namespace mp4
+#include "boxes/tables/TimeRows.h"
 
 /// Time-to-sample box "stts" (ISO/IEC 14496-12, TimeToSampleBox): runs of {sample count, sample
 /// delta}, counts and deltas signed. It answers when a sample is decoded and which sample a time
@@ -57,19 +39,18 @@ class MP4JUDGE_API BoxSTTS : public BoxBase {
   /// As `count` calls of AppendTime, in one step where the result allows.
   void AppendTimes(unsigned int duration, unsigned int count);
   /// Upper bound of the rows that AppendTimes would add; 1 or 0 unless the table is odd.
-  long long MostRowsFor(unsigned int duration, unsigned int count) const;
+  long long MostRowsFor(unsigned int duration, unsigned int count) const {
+    return rows.MostRowsFor(duration, count);
+  }
 
-  int GetEntryCount() const { return entryCount; }
+  int GetEntryCount() const { return rows.Count(); }
   /// The rows as file bytes, null before the first.
-  const mmBuffer* GetEntries() const { return entries.get(); }
+  const mmBuffer* GetEntries() const { return rows.Bytes(); }
   /// False once memory was refused: something appended or published is missing.
   bool IsIntact() const { return intact; }
 
  private:
-  static constexpr std::size_t kRowBytes = mp4::TimeState::kRowBytes;
-  static std::int64_t OffsetOf(std::int64_t row) { return row * std::int64_t{kRowBytes}; }
-
-  void SumEntries();
+  void SumRows();
   void PublishFrameRate();
   bool DividesPackets() const;
   void DivideByPacket();
@@ -78,24 +59,16 @@ class MP4JUDGE_API BoxSTTS : public BoxBase {
   void PublishEntries();
   void AddToTotals(unsigned int duration, unsigned int count);
   void CountSamples(unsigned int duration, unsigned int count);
-  void AddToEntries(unsigned int duration, unsigned int count);
-  std::int64_t OffsetOfLast() const { return OffsetOf(std::int64_t{entryCount} - 1); }
-  bool ExtendsLastEntry(unsigned int duration) const;
-  bool AppendEntry(unsigned int duration);
   bool IsConstant() const { return hasConstantDuration && constantDuration > 0; }
-  template <class Reached>
-  mp4::PrefixIndex<mp4::TimeState>::Place Find(Reached reached);
 
   Mp4Context::TRACK* track = nullptr;
   MP4_FILE_MODE fileMode = MP4_FILE_MODE_UNKNOWN;
-  std::int32_t entryCount = 0;
   std::int32_t totalSamples = 0;
   std::int64_t totalDuration = 0;
-  std::unique_ptr<mmBuffer> entries;
+  mp4::TimeRows rows;
   bool hasConstantDuration = false;
   std::int32_t constantDuration = 0;
 
   bool intact = true;
   std::size_t published = 0;  ///< rows this box put into the track's sequence
-  mp4::PrefixIndex<mp4::TimeState> index;
 };

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -9,6 +8,7 @@
 #include "boxes/base/Mp4Context.h"
 #include "boxes/track/BoxMDIA.h"
 #include "boxes/track/BoxTKHD.h"
+#include "boxes/track/EditTimeline.h"
 
 /// Track box "trak" (ISO/IEC 14496-12 TrackBox), contained in "moov". Reads the edit list itself
 /// and applies it to sample times and seeks; everything else it hands down to the media box.
@@ -51,22 +51,10 @@ class MP4JUDGE_API BoxTRAK : public BoxBase {
   bool Publish(Mp4Context* context, const std::vector<tagElstItem>& edits);
   bool KeepEdits(Mp4Context::TRACK* track, const std::vector<tagElstItem>& edits);
   void DropSample();
-  std::int64_t MediaTimescale();
-  std::int64_t MediaUnits(std::int64_t movieUnits);
-  bool Holds(const tagElstItem& edit, std::int64_t time);
+  std::int32_t MediaTimescale() const;
+  mp4::EditTimeline Timeline() const { return {editList, MediaTimescale(), movieTimescale}; }
   bool FindEdit(SAMPLE* current, bool ok);
-  std::int64_t DurationBeforeEdit();
-  std::int64_t ChooseEdit(std::int64_t target);
-  std::int64_t EditedSeekResult(std::int64_t mediaTime);
+  std::int64_t EditedSeekResult(std::int64_t mediaTime) const;
 
-  /// Segment durations summed so far, so that a walk over many edits stays linear. Lists of up to
-  /// kEditsSummedAnew edits are always summed anew; a host that rewrites a longer one in place,
-  /// without seeking, must not expect to be noticed.
-  struct EditSum {
-    const tagElstItem* list = nullptr;
-    std::size_t listSize = 0;
-    std::size_t edits = 0;
-    std::int64_t duration = 0;
-  };
-  EditSum editSum;
+  mp4::EditSum editSum;
 };

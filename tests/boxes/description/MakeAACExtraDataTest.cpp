@@ -2,7 +2,7 @@
 
 #include <climits>
 
-#include "boxes/description/BoxSTSD.h"
+#include "boxes/description/MakeAACExtraData.h"
 
 namespace {
 

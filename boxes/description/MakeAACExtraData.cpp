@@ -1,6 +1,6 @@
-#include <cstddef>
+#include "boxes/description/MakeAACExtraData.h"
 
-#include "boxes/description/BoxSTSD.h"
+#include <cstddef>
 
 namespace {
 
