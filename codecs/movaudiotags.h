@@ -2,8 +2,9 @@
 
 #include "io/Export.h"
 
-/// The host's codec numbering. The library never interprets a value except through the tables and
-/// the bit depths below, so the numbers carry no names here. 0 is no codec and ends a table.
+/// The host's codec numbering. The few values that the library itself asks for are named where it
+/// does (SoundDescription.cpp, BoxESDS.cpp); the others carry no names. 0 is no codec and ends a
+/// table.
 /// Unscoped, so that values compare with plain numbers.
 enum CodecID : int {};
 

@@ -11,9 +11,10 @@ namespace mp4 {
 /// readers used outside an opening carry none and are unbounded. A charge that is refused makes
 /// the box that asked for it fail.
 ///
-/// An inflated movie is a source of its own, whose control draws on the account of the outer one.
-/// Its bytes widen what may be read of it in proportion, its headers by less, the memory and the
-/// fixed shares not at all: a few kilobytes that inflate a thousandfold get no more of those.
+/// An inflated movie is a source of its own and has a control of its own, which spends from the
+/// account of the file around it. Its bytes add to that account as much bulk reading as bytes of a
+/// file do, and fewer box headers. They add no memory, no merging and no fixed share, since a few
+/// kilobytes can inflate a thousandfold.
 class ScanControl {
  public:
   /// `sourceSize` is the size of the source in bytes, taken once when the opening starts.

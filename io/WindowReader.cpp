@@ -11,8 +11,10 @@ namespace mp4 {
 
 namespace {
 
-/// After a jump a small step is read, since the next jump is often near; forward reading doubles
-/// it, over gaps shorter than a step too, but then less far: what lies in gaps is not wanted.
+/// Bytes loaded at a time. A load behind a jump takes the smallest step. A load that goes on where
+/// the last one ended takes twice the last step, up to the largest. So does a load behind a gap
+/// that is shorter than the last step, but up to kLargestStepOverGaps only: the bytes of gaps are
+/// loaded for nothing.
 constexpr std::size_t kSmallestStep = 1024;
 constexpr std::size_t kLargestStepOverGaps = 4096;
 constexpr std::size_t kLargestStep = 16384;

@@ -15,7 +15,7 @@ class MP4JUDGE_API BoxBase {
   struct SAMPLE {
     std::uint8_t isVideo;    ///< 1 for "vide", 0 for "soun"
     std::uint32_t format;    ///< the track's sample-entry format
-    unsigned char* data;     ///< the caller's; never touched by the library
+    unsigned char* data;     ///< the caller's; only BoxTRAK releases that of its own record
     std::uint32_t dataSize;  ///< the caller's
     std::uint32_t size;      ///< bytes
     std::uint32_t duration;  ///< media timescale units

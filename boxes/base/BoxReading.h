@@ -30,7 +30,8 @@ struct ChildHeader {
 enum class Child { kRead, kFailed, kUnknown };
 
 /// What the loop does with an unknown child. kEnter counts its size without moving the reader, so
-/// the next header is read from inside it: fragment and movie-extends boxes are read that way.
+/// the next header is read from inside it: fragment and movie-extends boxes are read that way. In
+/// ISO/IEC 14496-12 an unknown box is passed over whole.
 enum class UnknownChild { kSkip, kEnter };
 
 struct WalkEnd {
@@ -38,8 +39,12 @@ struct WalkEnd {
   bool failed;
 };
 
-/// The child loop of every container below the file's top level. Sizes are 32-bit; the 64-bit form
-/// is not understood there. Starts with `consumed` bytes counted, ends when `size` is reached, the
+/// The child loop of every container below the file's top level. Hosts rely on two departures from
+/// ISO/IEC 14496-12: a size of 1 stands for itself instead of announcing a "largesize", and a size
+/// of 0 is the rest of the container, where the standard allows it for the last box of a file
+/// alone.
+///
+/// Starts with `consumed` bytes counted, ends when `size` is reached, the
 /// count exceeds `most`, a child fails, or the opening's account is spent. The caller skips what
 /// remains (most leave it all to the two functions below). `dispatch(const ChildHeader&)` returns a
 /// Child and may throw only bad_alloc.

@@ -14,6 +14,11 @@ constexpr unsigned int kElementaryStream = 3;
 constexpr unsigned int kDecoderConfig = 4;
 constexpr unsigned int kDecoderSpecificInfo = 5;
 
+// Codecs in the host's numbering.
+constexpr int kMpeg1Video = 1;
+constexpr int kMp3 = 5;
+constexpr int kMpeg2Video = 49;
+
 struct Descriptor {
   unsigned int tag;
   long long length;
@@ -42,13 +47,13 @@ void Pass(mmStreamReader* reader, long long n, long long* consumed) {
 void PublishFormat(unsigned int objectType, Track* track) {
   if (track == nullptr) return;
   switch (static_cast<int>(codec_get_id(ff_mp4_obj_type, objectType))) {
-    case 1:
+    case kMpeg1Video:
       track->format = mp4::FourCC("MP1V");
       break;
-    case 5:
+    case kMp3:
       track->format = mp4::FourCC("MP3 ");
       break;
-    case 49:
+    case kMpeg2Video:
       track->format = mp4::FourCC("MP2V");
       break;
     default:
@@ -83,7 +88,8 @@ bool BoxESDS::ReadData(mmStreamReader* reader, long long size, Mp4Context* conte
   mp4::SkipFullBoxHeader(reader);
   const Descriptor outer = ReadDescriptor(reader, &consumed);
   Pass(reader, 2, &consumed);  // ES ID
-  // The optional fields that the stream flags announce are not passed over.
+  // The optional fields that the stream flags announce (ISO/IEC 14496-1: dependsOn_ES_ID, URL,
+  // OCR_ES_Id) are not passed over: hosts see such streams without a configuration.
   if (outer.tag == kElementaryStream) Pass(reader, 1, &consumed);
   bool read = true;
   if (ReadDescriptor(reader, &consumed).tag == kDecoderConfig) {

@@ -33,7 +33,8 @@ bool BoxSTSD::ReadData(mmStreamReader* reader, long long size, Mp4Context* conte
   if (reader == nullptr || size < 1) return false;
   Clear();
   mp4::SkipFullBoxHeader(reader);
-  reader->GetBe32();  // entry count: the first entry alone is read
+  // The first entry alone is read. In ISO/IEC 14496-12 a sample-to-chunk run chooses among them.
+  reader->GetBe32();  // entry count
   const Mp4Context::TRACK* track = mp4::CurrentTrack(context);
   handlerType = track != nullptr ? track->handlerType : 0;
   const long long stored = reader->GetBe32();

@@ -25,7 +25,8 @@ void PassOverTwice(mmStreamReader* reader, long long size) {
   reader->Skip(size);
 }
 
-/// Steps through the atom 8 bytes at a time, whatever sizes its children state. False when the
+/// Steps through the atom 8 bytes at a time, whatever sizes its children state; in the QuickTime
+/// format they lie one behind the other by their sizes. False when the
 /// opening's account refuses.
 bool Walk(mmStreamReader* reader, long long size, Track* track) {
   long long consumed = 0;

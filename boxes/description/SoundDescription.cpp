@@ -18,7 +18,8 @@ constexpr int kPcmBig24 = 50005;
 
 constexpr std::uint32_t kSamr = FourCC("samr");
 
-/// A PCM format names one sample size; the entry's own sample size tells which one is meant.
+/// A PCM format names one sample size; the entry's own sample size tells which one is meant. The
+/// record then has another format than the file, and hosts rely on it.
 void SettleCodec(std::uint32_t sampleSize, SoundDescription* sound) {
   int id = codec_get_id(codec_movaudio_tags, sound->format);
   if ((id == kPcmSigned8 || id == kPcmUnsigned8) && sampleSize == 16) {
@@ -50,6 +51,7 @@ std::uint32_t RoundedMagnitude(std::uint64_t bits) {
   return static_cast<std::uint32_t>(std::min<std::uint64_t>(rounded, UINT32_MAX));
 }
 
+/// As QuickTime has it. AudioSampleEntryV1 of ISO/IEC 14496-12 has none of these fields.
 void ReadVersion1(mmStreamReader* reader, SoundDescription* sound) {
   sound->samplesPerPacket = reader->GetBe32();
   sound->bytesPerPacket = reader->GetBe32();
@@ -79,6 +81,7 @@ SoundDescription ReadSoundDescription(mmStreamReader* reader) {
   sound.compressionId = static_cast<std::int16_t>(reader->GetBe16());
   reader->GetBe16();  // packet size
   sound.sampleRate = reader->GetBe32() >> 16;
+  // AMR narrow band has no other form, whatever the entry says.
   if (sound.format == kSamr) {
     sound.sampleRate = 8000;
     sound.channels = 1;

@@ -63,6 +63,8 @@ bool BoxTRUN::ReadData(mmStreamReader* reader, long long size, Mp4Context* /*con
   return true;
 }
 
+/// All that the count claims, behind the end of the box too: hosts rely on what follows being read
+/// as entries. In ISO/IEC 14496-12 the box holds all of its entries.
 bool BoxTRUN::ReadEntries(mmStreamReader* reader) {
   if (sample_count > mp4::limits::kMostRunSamples) return false;
   const auto width = static_cast<long long>(EntryWidth(tr_flags));

@@ -7,6 +7,7 @@ bool BoxMEHD::ReadData(mmStreamReader* reader, long long size, Mp4Context* /*con
   const mp4::FullBoxHeader header = mp4::ReadFullBoxHeader(reader);
   version = header.version;
   flags = header.flags;
+  // ISO/IEC 14496-12 has the wide form for version 1 alone.
   const bool wide = version != 0;
   fragment_duration = wide ? reader->GetBe64() : reader->GetBe32();
   reader->Skip(size - (wide ? 12 : 8));

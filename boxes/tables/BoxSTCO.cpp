@@ -13,7 +13,8 @@ constexpr long long kHeader = 8;  // version, flags, entry count
 constexpr std::uint64_t kNoSuchChunk = ~std::uint64_t{0};
 
 /// An offset above 4 GiB appended to a 32-bit table loses its upper half: the table keeps the width
-/// the file gave it, and hosts compare stored offsets in that width.
+/// the file gave it, and hosts compare stored offsets in that width. In ISO/IEC 14496-12 such an
+/// offset takes a "co64".
 constexpr std::uint32_t OffsetIn32BitTable(std::uint64_t offset) {
   return static_cast<std::uint32_t>(offset);
 }

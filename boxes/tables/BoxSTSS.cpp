@@ -14,7 +14,8 @@ std::int32_t ZeroBased(std::uint32_t sampleNumber) {
   return static_cast<std::int32_t>(sampleNumber - 1);
 }
 
-/// Hosts address this table by byte, so that only 0 yields an entry.
+/// Hosts address this table by byte, so that only 0 yields an entry. In ISO/IEC 14496-12 it is one
+/// of sample numbers, one after the other.
 std::int64_t ByteOffsetOf(int i) { return i; }
 
 }  // namespace
@@ -37,6 +38,8 @@ bool BoxSTSS::ReadData(mmStreamReader* reader, long long size, Mp4Context* conte
     if (!mp4::ReadTable(reader, declared, kRow, &entries)) return false;
     entryCount = static_cast<std::int32_t>(entries->used / kRow);
   }
+  // The count, not the size of the box, said how much was read; hosts rely on the entries behind a
+  // box that is too short. In ISO/IEC 14496-12 the box ends where its size says.
   reader->Skip(mp4::WrapSub(size, declared + 8));
   Mp4Context::TRACK* track = mp4::CurrentTrack(context);
   if (track != nullptr && empty) track->syncTableState = -1;

@@ -15,7 +15,8 @@ constexpr long long kSmallestPayload = 4;
 constexpr long long kNameStart = 24;
 
 /// A QuickTime name starts with a byte that counts exactly the rest of the box; an MP4 name is the
-/// whole rest, its first byte included. The byte read to tell them apart is handed back by a seek.
+/// whole rest, its first byte included, where ISO/IEC 14496-12 ends it at its first zero. The byte
+/// read to tell them apart is handed back by a seek.
 long long NameLength(mmStreamReader* reader, long long rest) {
   if (reader->GetByte() == rest - 1) return rest - 1;
   reader->Skip(-1);

@@ -10,7 +10,8 @@
 namespace {
 
 /// A step succeeds by the low byte of the new sample's index: at every multiple of 256 the walk
-/// reports an end, and the caller steps on if it means to. Hosts are built around these pauses.
+/// reports an end, and the caller steps on if it means to. Hosts are built around these pauses; the
+/// file format has nothing like them.
 bool StepReportsSample(unsigned int newIndex) { return (newIndex & 0xFF) != 0; }
 
 mp4::Child ReadOffsets(std::unique_ptr<BoxSTCO>* slot, mmStreamReader* reader,
@@ -25,6 +26,7 @@ mp4::Child ReadOffsets(std::unique_ptr<BoxSTCO>* slot, mmStreamReader* reader,
 bool BoxSTBL::ReadData(mmStreamReader* reader, long long size, Mp4Context* context) {
   if (reader == nullptr || size < 0) return false;
   if (size == 0) return true;
+  // ISO/IEC 14496-12 has more: composition times ("ctts") and compact sizes ("stz2") go unread.
   const auto dispatch = [&](const mp4::ChildHeader& child) {
     switch (child.type) {
       case mp4::FourCC("stsd"):
@@ -49,7 +51,8 @@ bool BoxSTBL::ReadData(mmStreamReader* reader, long long size, Mp4Context* conte
   return read;
 }
 
-/// Gives every chunk of an audio track from the last sample-to-chunk run on an entry of its own.
+/// Gives every chunk of an audio track from the last sample-to-chunk run on an entry of its own. In
+/// ISO/IEC 14496-12 the last run holds for all of them.
 /// The counts handed on are the published ones, already divided by the packet size, and publishing
 /// divides them again: hosts read the sequence that results. An opening's account bounds what
 /// many small tables can add to one long chunk list; where it refuses, nothing is added.
