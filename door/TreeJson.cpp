@@ -33,7 +33,7 @@ void BeginBox(const ShownBox& shown, JsonWriter* json) {
   json->Member("path", shown.path);
   if (shown.box.space != 0) json->Member("space", std::uint64_t{shown.box.space});
   json->Member("offset", shown.box.offset);
-  json->Member("headerSize", std::uint64_t{shown.box.headerSize});
+  json->Member("header_size", std::uint64_t{shown.box.headerSize});
   json->Member("size", shown.box.size);
   if (shown.box.IsCut()) json->Member("present", shown.box.end - shown.box.offset);
   if (!shown.fields.empty()) {

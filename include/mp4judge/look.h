@@ -103,7 +103,7 @@ MP4JUDGE_API mp4judge_error mp4judge_tree_walk(mp4judge_tree* tree,
 MP4JUDGE_API int mp4judge_tree_complete(const mp4judge_tree* tree);
 
 /// The same as JSON in UTF-8: {"size", "complete", "problems", "boxes"}, a box as {"type", "name",
-/// "standard", "path", "offset", "headerSize", "size", "fields", "problems", "children"} where
+/// "standard", "path", "offset", "header_size", "size", "fields", "problems", "children"} where
 /// members without a value are left out. Bytes of texts that are not UTF-8 stand as U+FFFD. Null
 /// without memory, and for a null tree.
 MP4JUDGE_API const char* mp4judge_tree_json(mp4judge_tree* tree,

@@ -47,10 +47,10 @@ TEST(Tree, AsJsonHasAllOfABox) {
   EXPECT_EQ(JsonOf(Box("free", Bytes().Fill(4)) + Box("moov", Box("zzzz"))),
             R"({"size":28,"complete":true,"boxes":[)"
             R"({"type":"free","name":"Free Space Box","standard":"ISO/IEC 14496-12, 8.1.2",)"
-            R"("path":"free","offset":0,"headerSize":8,"size":12},)"
+            R"("path":"free","offset":0,"header_size":8,"size":12},)"
             R"({"type":"moov","name":"Movie Box","standard":"ISO/IEC 14496-12, 8.2.1",)"
-            R"("path":"moov","offset":12,"headerSize":8,"size":16,"children":[)"
-            R"({"type":"zzzz","path":"moov/zzzz","offset":20,"headerSize":8,"size":8}]}]})");
+            R"("path":"moov","offset":12,"header_size":8,"size":16,"children":[)"
+            R"({"type":"zzzz","path":"moov/zzzz","offset":20,"header_size":8,"size":8}]}]})");
 }
 
 TEST(Tree, AsJsonHasFieldsAndProblems) {
