@@ -22,10 +22,12 @@ from ._report import (
     Verdict,
 )
 from ._sources import Source
+from ._tree import Box, Tree, tree
 
 __version__ = version()
 
 __all__ = [
+    "Box",
     "Entry",
     "Evidence",
     "Failure",
@@ -36,8 +38,10 @@ __all__ = [
     "Source",
     "System",
     "Track",
+    "Tree",
     "Verdict",
     "inspect",
     "judge",
+    "tree",
     "version",
 ]

@@ -5,23 +5,13 @@ from __future__ import annotations
 import json
 import os
 from collections.abc import Iterator
-from contextlib import contextmanager
+from contextlib import ExitStack, contextmanager
 from ctypes import byref, sizeof
-from typing import Any, cast
+from typing import Any
 
-from ._library import ERROR_MEMORY, ERROR_NOT_A_FILE, ERROR_OPEN, Options, library
+from ._library import Options, library
 from ._report import Report, Verdict
-from ._sources import (
-    Source,
-    is_buffer,
-    is_file,
-    memory_of,
-    name_of,
-    path_of,
-    read_at_thunk,
-    reader_of,
-    size_thunk,
-)
+from ._sources import Source, call_with, name_of, path_of, raise_unopened
 
 _VERDICTS: tuple[Verdict, ...] = ("clear", "protected", "undetermined")
 
@@ -66,46 +56,15 @@ def _inspection(
     source: Source, everything: bool, host_answer: bool, name: str | None
 ) -> Iterator[Any]:
     """The library's report, freed afterwards."""
-    path = path_of(source)
-    if name is None and path is None:
+    if name is None and path_of(source) is None:
         name = name_of(source)
     encoded = os.fsencode(name).split(b"\0")[0] if name is not None else None
     options = Options(sizeof(Options), everything, host_answer, encoded)
-    report = _make(source, path, options)
-    try:
-        error = library.mp4judge_report_error(report)
-        if error == ERROR_MEMORY:
-            raise MemoryError
-        if error in (ERROR_OPEN, ERROR_NOT_A_FILE):
-            number = library.mp4judge_report_errno(report)
-            if number:
-                raise OSError(number, os.strerror(number), cast(Any, source))
-        yield report
-    finally:
-        library.mp4judge_report_free(report)
-
-
-def _make(source: Source, path: bytes | None, options: Options) -> Any:
-    if path is not None:
-        return library.mp4judge_inspect_path(path, byref(options))
-    if is_buffer(source):
-        with memory_of(source) as (address, size):
-            return library.mp4judge_inspect_memory(address, size, byref(options))
-    if is_file(source):
-        return _of_file(source, options)
-    raise TypeError(
-        "a path, a buffer or a binary file object with seek and read is wanted, not "
-        + type(source).__name__
-    )
-
-
-def _of_file(file: object, options: Options) -> Any:
-    report = None
-    with reader_of(file) as (reader, number):
-        report = library.mp4judge_inspect_callbacks(
-            read_at_thunk, size_thunk, number, byref(options)
-        )
-        if reader.failure is not None:
-            library.mp4judge_report_free(report)
+    with ExitStack() as stack:
+        report, reader = call_with(stack, source, "mp4judge_inspect", byref(options))
+        stack.callback(library.mp4judge_report_free, report)
+        if reader is not None:
             reader.raise_failure()
-    return report
+        error = library.mp4judge_report_error(report)
+        raise_unopened(error, library.mp4judge_report_errno(report), source)
+        yield report

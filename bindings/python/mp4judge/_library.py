@@ -30,7 +30,20 @@ class Options(ctypes.Structure):
     ]
 
 
+class TreeOptions(ctypes.Structure):
+    """mp4judge_tree_options."""
+
+    _fields_ = [
+        ("size", c_size_t),
+        ("depth", c_int),
+        ("path", c_char_p),
+        ("most_boxes", c_uint64),
+        ("indented", c_int),
+    ]
+
+
 OPTIONS = ctypes.POINTER(Options)
+TREE_OPTIONS = ctypes.POINTER(TreeOptions)
 
 _FUNCTIONS: dict[str, tuple[object, list[object]]] = {
     "mp4judge_version": (c_char_p, []),
@@ -44,6 +57,13 @@ _FUNCTIONS: dict[str, tuple[object, list[object]]] = {
     "mp4judge_report_error": (c_int, [c_void_p]),
     "mp4judge_report_errno": (c_int, [c_void_p]),
     "mp4judge_report_json": (c_char_p, [c_void_p]),
+    "mp4judge_tree_open_path": (c_void_p, [c_char_p]),
+    "mp4judge_tree_open_memory": (c_void_p, [c_void_p, c_size_t]),
+    "mp4judge_tree_open_callbacks": (c_void_p, [READ_AT, SIZE, c_void_p]),
+    "mp4judge_tree_free": (None, [c_void_p]),
+    "mp4judge_tree_error": (c_int, [c_void_p]),
+    "mp4judge_tree_errno": (c_int, [c_void_p]),
+    "mp4judge_tree_json": (c_char_p, [c_void_p, TREE_OPTIONS]),
 }
 
 

@@ -9,10 +9,17 @@ import itertools
 import os
 import zipfile
 from collections.abc import Iterator
-from contextlib import contextmanager
+from contextlib import ExitStack, contextmanager
 from typing import Any, Protocol, Union
 
-from ._library import READ_AT, SIZE
+from ._library import (
+    ERROR_MEMORY,
+    ERROR_NOT_A_FILE,
+    ERROR_OPEN,
+    READ_AT,
+    SIZE,
+    library,
+)
 
 
 class BinaryFile(Protocol):
@@ -192,6 +199,40 @@ def reader_of(file: object) -> Iterator[tuple[FileReader, int]]:
         forget(number)
     if position is not None:
         file.seek(position)  # type: ignore[attr-defined]
+
+
+def call_with(
+    stack: ExitStack,
+    source: object,
+    kind: str,
+    *more: object,
+) -> tuple[Any, FileReader | None]:
+    """Calls the library's function `kind` for a path, memory or callbacks, as the source is one.
+    What it was given lasts until `stack` ends. Gives what the function gives and, of a file object,
+    the reader."""
+    path = path_of(source)
+    if path is not None:
+        return getattr(library, kind + "_path")(path, *more), None
+    if is_buffer(source):
+        address, size = stack.enter_context(memory_of(source))
+        return getattr(library, kind + "_memory")(address, size, *more), None
+    if not is_file(source):
+        raise TypeError(
+            "a path, a buffer or a binary file object with seek and read is wanted, not "
+            + type(source).__name__
+        )
+    reader, number = stack.enter_context(reader_of(source))
+    call = getattr(library, kind + "_callbacks")
+    return call(read_at_thunk, size_thunk, number, *more), reader
+
+
+def raise_unopened(error: int, number: int, source: object) -> None:
+    """What is raised for an error of the library, if something is: a path that does not open raises
+    what `open` would."""
+    if error == ERROR_MEMORY:
+        raise MemoryError
+    if error in (ERROR_OPEN, ERROR_NOT_A_FILE) and number:
+        raise OSError(number, os.strerror(number), source)
 
 
 def name_of(source: object) -> str | None:

@@ -41,10 +41,11 @@ def round_of_calls() -> int:
         mp4judge.judge(io.BytesIO(data))
         report = mp4judge.inspect(data)
         report.to_json()
+        mp4judge.tree(data).to_json()
     fails(mp4judge.inspect, "/no such file")
     fails(mp4judge.inspect, Failing(boxes.clear()))
     fails(mp4judge.judge, 1)
-    return 15
+    return 18
 
 
 def repeat(calls: int) -> int:
