@@ -80,6 +80,26 @@ std::uint64_t Track::ShadowOf(std::uint64_t number) {
   return number <= TableSamples() ? tables_.ShadowOf(number) : 0;
 }
 
+void Track::EachStretch(const std::function<void(const Stretch&)>& call) {
+  Prepare();
+  const ChunkRows& chunks = tables_.chunks;
+  std::uint64_t sample = 0;
+  for (ChunkRows::Row row = chunks.First(); row.index < chunks.Rows() && sample < TableSamples();
+       row = chunks.Next(row)) {
+    const std::uint64_t frames = chunks.PackingFor(row.description).frames;
+    const std::uint64_t full = row.perChunk / frames + (row.perChunk % frames != 0 ? 1 : 0);
+    for (std::uint64_t chunk = row.firstChunk;
+         full > 0 && chunk < row.endChunk && sample < TableSamples(); ++chunk) {
+      const std::uint64_t samples = std::min(full, TableSamples() - sample);
+      call({sample + 1, samples, chunks.OffsetOf(chunk)});
+      sample += samples;
+    }
+  }
+  for (const FragmentRun& run : fragments_.runs.runs) {
+    call({run.firstSample + 1, run.count, run.offset});
+  }
+}
+
 const SampleProblems& Track::Problems() {
   Prepare();
   if (!disagreementsNoted_ && trak_ != kNoBox) tables_.NoteDisagreements(&problems_);

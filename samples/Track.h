@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -47,6 +48,15 @@ class Track {
   /// Sample that the shadow sync table (ShadowSyncSampleBox "stsh", ISO/IEC 14496-12, 8.6.3) names
   /// for `number`, 0 without one.
   std::uint64_t ShadowOf(std::uint64_t number);
+
+  /// Samples that lie one behind the other: a chunk, or a track run.
+  struct Stretch {
+    std::uint64_t first;  ///< number of its first sample
+    std::uint64_t samples;
+    std::uint64_t offset;
+  };
+  /// Calls for each stretch that has samples, in the order of numbers.
+  void EachStretch(const std::function<void(const Stretch&)>& call);
 
   /// Loads everything and says what does not agree.
   const SampleProblems& Problems();
