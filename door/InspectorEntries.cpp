@@ -3,17 +3,11 @@
 
 #include "door/Judging.h"
 #include "door/Options.h"
+#include "door/RangesHandle.h"
 #include "door/ReportHandle.h"
 #include "io/CallbackSource.h"
 #include "io/MemorySource.h"
-#include "io/RangeSource.h"
 #include "mp4judge/mp4judge.h"
-
-struct mp4judge_ranges {
-  explicit mp4judge_ranges(uint64_t size) : source(size) {}
-
-  mp4::RangeSource source;
-};
 
 namespace {
 

@@ -1,0 +1,156 @@
+/// mp4judge/samples.hpp: mp4judge/samples.h for C++17. Handles that free themselves, and samples in
+/// a range-based for:
+///
+///     mp4judge::Movie movie = mp4judge::Movie::OfPath("film.mp4");
+///     for (const mp4judge_sample& sample : movie.Samples(0)) ...
+///
+/// Nothing throws.
+#ifndef MP4JUDGE_SAMPLES_HPP
+#define MP4JUDGE_SAMPLES_HPP
+
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <memory>
+#include <optional>
+
+#include "mp4judge/samples.h"
+
+namespace mp4judge {
+
+/// The samples of a track, or of all tracks together, once from the first to the last. Must not
+/// outlive its movie.
+class SampleRange {
+ public:
+  explicit SampleRange(mp4judge_cursor* cursor) : cursor_(cursor) {}
+
+  /// The next sample; false behind the last one.
+  bool Next(mp4judge_sample* sample, std::size_t* track = nullptr) {
+    return mp4judge_cursor_next(cursor_.get(), sample, track) != 0;
+  }
+  /// For one track: the next sample will be this one.
+  bool Seek(std::uint64_t number) { return mp4judge_cursor_seek(cursor_.get(), number) != 0; }
+
+  class Iterator {
+   public:
+    using iterator_category = std::input_iterator_tag;
+    using value_type = mp4judge_sample;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const mp4judge_sample*;
+    using reference = const mp4judge_sample&;
+
+    Iterator() = default;
+    explicit Iterator(SampleRange* range) : range_(range) { ++*this; }
+    reference operator*() const { return sample_; }
+    pointer operator->() const { return &sample_; }
+    Iterator& operator++() {
+      if (!range_->Next(&sample_, &track_)) range_ = nullptr;
+      return *this;
+    }
+    /// The sample's track.
+    std::size_t Track() const { return track_; }
+    bool operator==(const Iterator& other) const { return range_ == other.range_; }
+    bool operator!=(const Iterator& other) const { return range_ != other.range_; }
+
+   private:
+    SampleRange* range_ = nullptr;
+    mp4judge_sample sample_{};
+    std::size_t track_ = 0;
+  };
+  Iterator begin() { return Iterator(this); }
+  Iterator end() { return Iterator(); }
+
+ private:
+  struct Free {
+    void operator()(mp4judge_cursor* cursor) const { mp4judge_cursor_free(cursor); }
+  };
+  std::unique_ptr<mp4judge_cursor, Free> cursor_;
+};
+
+/// A movie and its samples. What is said in samples.h of functions and lifetimes holds here, too.
+class Movie {
+ public:
+  static Movie OfPath(const char* path, const char* init = nullptr) noexcept {
+    return Movie(mp4judge_movie_open_path(path, init));
+  }
+  static Movie OfMemory(const void* bytes, std::size_t n, const void* init = nullptr,
+                        std::size_t initSize = 0) noexcept {
+    return Movie(mp4judge_movie_open_memory(bytes, n, init, initSize));
+  }
+  static Movie OfCallbacks(mp4judge_read_at readAt, mp4judge_size size, void* user) noexcept {
+    return Movie(mp4judge_movie_open_callbacks(readAt, size, user));
+  }
+  static Movie OfRanges(mp4judge_ranges* ranges) noexcept {
+    return Movie(mp4judge_movie_open_ranges(ranges));
+  }
+
+  mp4judge_error Error() const { return mp4judge_movie_error(get()); }
+  int SystemError() const { return mp4judge_movie_errno(get()); }
+  bool Needs(std::uint64_t* offset, std::uint64_t* n) const {
+    return mp4judge_movie_needs(get(), offset, n) != 0;
+  }
+
+  std::size_t TrackCount() const { return mp4judge_movie_track_count(get()); }
+  /// Null behind the last one.
+  const mp4judge_movie_track* Track(std::size_t track) const {
+    return mp4judge_movie_track_at(get(), track);
+  }
+  std::uint32_t Timescale() const { return mp4judge_movie_timescale(get()); }
+
+  std::uint64_t SampleCount(std::size_t track) const {
+    return mp4judge_movie_sample_count(get(), track);
+  }
+  std::optional<mp4judge_sample> Sample(std::size_t track, std::uint64_t number) const {
+    mp4judge_sample sample;
+    if (mp4judge_movie_sample(get(), track, number, &sample) == 0) return std::nullopt;
+    return sample;
+  }
+  std::uint64_t AtDecodeTime(std::size_t track, std::int64_t time) const {
+    return mp4judge_movie_at_decode_time(get(), track, time);
+  }
+  std::uint64_t AtCompositionTime(std::size_t track, std::int64_t time) const {
+    return mp4judge_movie_at_composition_time(get(), track, time);
+  }
+  std::uint64_t AtPresentationTime(std::size_t track, std::int64_t time) const {
+    return mp4judge_movie_at_presentation_time(get(), track, time);
+  }
+  std::uint64_t SyncBefore(std::size_t track, std::uint64_t number) const {
+    return mp4judge_movie_sync_before(get(), track, number);
+  }
+  std::optional<std::int64_t> PresentationTime(std::size_t track,
+                                               std::int64_t compositionTime) const {
+    std::int64_t time = 0;
+    if (mp4judge_movie_presentation_time(get(), track, compositionTime, &time) == 0) {
+      return std::nullopt;
+    }
+    return time;
+  }
+  std::size_t Read(const mp4judge_sample& sample, void* bytes, std::size_t n) const {
+    return mp4judge_movie_read(get(), &sample, bytes, n);
+  }
+  std::size_t Columns(std::size_t track, std::uint64_t first, std::size_t most,
+                      const mp4judge_columns& columns) const {
+    return mp4judge_movie_columns(get(), track, first, most, &columns);
+  }
+
+  SampleRange Samples(std::size_t track) const {
+    return SampleRange(mp4judge_cursor_new(get(), track));
+  }
+  SampleRange AllSamples(mp4judge_order order) const {
+    return SampleRange(mp4judge_cursor_of_all(get(), order));
+  }
+
+  /// The handle, for functions that have no member here.
+  mp4judge_movie* get() const { return movie_.get(); }
+
+ private:
+  struct Free {
+    void operator()(mp4judge_movie* movie) const { mp4judge_movie_free(movie); }
+  };
+  explicit Movie(mp4judge_movie* movie) : movie_(movie) {}
+  std::unique_ptr<mp4judge_movie, Free> movie_;
+};
+
+}  // namespace mp4judge
+
+#endif
