@@ -7,17 +7,17 @@ file(GLOB MP4JUDGE_SOURCES CONFIGURE_DEPENDS
   door/*.cpp)
 
 # Half of what compiling takes goes into headers of the language. Compiled once they hide a missing
-# include, so that a build for use does without.
-option(MP4JUDGE_PCH "Precompile the language's headers" ${MP4JUDGE_TESTS})
+# include, and GCC 12 warns of code in them, so that this is for copies that tests make.
+option(MP4JUDGE_PCH "Precompile the language's headers" OFF)
 function(mp4judge_precompile target)
-  if(MP4JUDGE_PCH)
-    target_precompile_headers(${target} PRIVATE <algorithm> <cstdint> <cstring> <functional> <memory>
-      <optional> <string> <string_view> <unordered_map> <vector>)
-  endif()
+  target_precompile_headers(${target} PRIVATE <algorithm> <cstdint> <cstring> <functional> <memory>
+    <optional> <string> <string_view> <unordered_map> <vector>)
 endfunction()
 
 add_library(mp4judge_objects OBJECT ${MP4JUDGE_SOURCES})
-mp4judge_precompile(mp4judge_objects)
+if(MP4JUDGE_PCH)
+  mp4judge_precompile(mp4judge_objects)
+endif()
 set_target_properties(mp4judge_objects PROPERTIES
   POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
 target_include_directories(mp4judge_objects PUBLIC ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "boxes/track/EditList.h"
+#include "io/Limits.h"
 #include "io/ScanControl.h"
 #include "io/mmBufReader.h"
 #include "tests/Bytes.h"
