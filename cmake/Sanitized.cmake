@@ -27,15 +27,17 @@ target_compile_options(mp4judge_sanitized_objects PRIVATE
 target_link_libraries(mp4judge_sanitized_objects PRIVATE ZLIB::ZLIB)
 mp4judge_precompile(mp4judge_sanitized_objects)
 
-# mp4judge_twin(PROGRAM FOLDER [LIBRARY...]): PROGRAM_sanitized, in build/.../sanitized/FOLDER under
-# the program's name. The library's objects come first, so that of two copies of an inline function
-# the linker takes the instrumented one.
+# mp4judge_twin(PROGRAM FOLDER): PROGRAM_sanitized, in build/.../sanitized/FOLDER under the program's
+# name. The library's objects come first, so that of two copies of an inline function the linker takes
+# the instrumented one.
 function(mp4judge_twin program folder)
+  get_target_property(libraries ${program} LINK_LIBRARIES)
+  list(FILTER libraries EXCLUDE REGEX "^mp4judge")
   add_executable(${program}_sanitized
     $<TARGET_OBJECTS:mp4judge_sanitized_objects> $<TARGET_OBJECTS:${program}>)
   set_target_properties(${program}_sanitized PROPERTIES
     LINKER_LANGUAGE CXX OUTPUT_NAME ${program}
     RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/sanitized/${folder})
-  target_link_libraries(${program}_sanitized PRIVATE ZLIB::ZLIB ${ARGN})
+  target_link_libraries(${program}_sanitized PRIVATE ZLIB::ZLIB ${libraries})
   target_link_options(${program}_sanitized PRIVATE ${MP4JUDGE_SANITIZERS})
 endfunction()

@@ -74,8 +74,8 @@ follow() {
   tick "$text" "$started" &
   ticker=$!
   "$@" || code=$?
-  kill "$ticker" 2>/dev/null
-  wait "$ticker" 2>/dev/null
+  kill "$ticker" 2>/dev/null || true
+  wait "$ticker" 2>/dev/null || true
   [[ ! -t 2 ]] || printf '\r\033[K' >&2
   return $code
 }
