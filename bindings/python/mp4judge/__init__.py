@@ -21,6 +21,7 @@ from ._report import (
     Track,
     Verdict,
 )
+from ._scan import Summary, objects_of, read_rows, scan
 from ._sources import Source
 from ._tree import Box, Tree, tree
 
@@ -36,12 +37,16 @@ __all__ = [
     "Report",
     "Scheme",
     "Source",
+    "Summary",
     "System",
     "Track",
     "Tree",
     "Verdict",
     "inspect",
     "judge",
+    "objects_of",
+    "read_rows",
+    "scan",
     "tree",
     "version",
 ]
