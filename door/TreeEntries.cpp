@@ -3,6 +3,8 @@
 #include <cstring>
 #include <new>
 
+#include "door/LayoutJson.h"
+#include "door/MovieInfo.h"
 #include "door/TreeHandle.h"
 #include "door/TreeJson.h"
 #include "io/CallbackSource.h"
@@ -146,4 +148,34 @@ const char* mp4judge_tree_json(mp4judge_tree* tree, const mp4judge_tree_options*
     tree->error = MP4JUDGE_ERROR_MEMORY;
     return nullptr;
   }
+}
+
+namespace {
+
+/// The text that `make` answers for a tree that is open.
+template <class Make>
+const char* TextFrom(mp4judge_tree* tree, Make&& make) {
+  if (tree == nullptr || tree->source == nullptr) return nullptr;
+  try {
+    tree->text = make(tree->source.get());
+    tree->NoteTrouble(*tree->source);
+    return tree->text.c_str();
+  } catch (...) {
+    tree->error = MP4JUDGE_ERROR_MEMORY;
+    return nullptr;
+  }
+}
+
+}  // namespace
+
+const char* mp4judge_info_json(mp4judge_tree* tree, int indented) {
+  return TextFrom(tree, [&](mp4::ByteSource* source) {
+    return mp4::MovieInfoJson(mp4::InfoOf(source), indented != 0);
+  });
+}
+
+const char* mp4judge_layout_json(mp4judge_tree* tree, unsigned parts) {
+  return TextFrom(tree, [&](mp4::ByteSource* source) {
+    return mp4::LayoutJson(source, std::clamp(parts, 1U, 4096U));
+  });
 }

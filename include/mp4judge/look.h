@@ -109,6 +109,21 @@ MP4JUDGE_API int mp4judge_tree_complete(const mp4judge_tree* tree);
 MP4JUDGE_API const char* mp4judge_tree_json(mp4judge_tree* tree,
                                             const mp4judge_tree_options* options);
 
+/// The movie as people describe it, as JSON: {"size", "verdict", "reason", "schemes", "brand",
+/// "compatibleBrands", "hasMovie", "created", "seconds", "fragments", "tracks", "metadata",
+/// "chapters", "cover", "problems"}. A track has its samples counted, its bit rate, its frame rate
+/// as a fraction, its edits, and a description for each sample entry with codec, profile and level.
+/// Members without a value are left out. `indented` as in the options. Reads the sample tables and
+/// all fragments. Null without memory, and for a tree that could not be opened.
+MP4JUDGE_API const char* mp4judge_info_json(mp4judge_tree* tree, int indented);
+
+/// Where media lies in the file, and when it plays, as JSON: {"size", "seconds", "tracks"}, a track
+/// as {"id", "handler", "codec", "protected", "whole", "extents", "bytes"}. An extent is [offset,
+/// end, bytes of samples]; small gaps are passed over where there would be too many. "bytes" has
+/// those of the samples that begin in each of `parts` equal parts of the time, 1 to 4096. Null
+/// without memory, and for a tree that could not be opened.
+MP4JUDGE_API const char* mp4judge_layout_json(mp4judge_tree* tree, unsigned parts);
+
 #ifdef __cplusplus
 }
 #endif
