@@ -34,6 +34,11 @@ class Copying {
     return std::move(copy_);
   }
 
+  HostCopy RunOverEveryByte() {
+    Append(0, end_);
+    return std::move(copy_);
+  }
+
  private:
   void Take(const Box& box) {
     const std::uint64_t header = source_->Size() - box.offset < 16 ? box.headerSize : 16;
@@ -82,6 +87,10 @@ class Copying {
 
 HostCopy HostCopy::Of(CachedSource* source, std::uint64_t end, std::uint64_t most) {
   return Copying(source, std::min(end, source->Size()), most).Run();
+}
+
+HostCopy HostCopy::OfEveryByte(CachedSource* source, std::uint64_t end, std::uint64_t most) {
+  return Copying(source, std::min(end, source->Size()), most).RunOverEveryByte();
 }
 
 std::uint64_t HostCopy::OffsetInSource(std::uint64_t offset) const {

@@ -12,6 +12,8 @@ namespace mp4 {
 struct HostCopy {
   /// Copies up to `most` bytes of what lies before `end`. May throw bad_alloc.
   static HostCopy Of(CachedSource* source, std::uint64_t end, std::uint64_t most);
+  /// The same with every byte, for files whose boxes the host finds elsewhere.
+  static HostCopy OfEveryByte(CachedSource* source, std::uint64_t end, std::uint64_t most);
 
   /// Where a byte of the copy stands in the source.
   std::uint64_t OffsetInSource(std::uint64_t offset) const;

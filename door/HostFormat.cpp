@@ -44,7 +44,7 @@ BoxId BoxAt(BoxTree* tree, std::uint64_t offset) {
 }  // namespace
 
 std::string WhereHostFindsFormat(HostTrial* trial) {
-  if (!trial->Copy().whole || trial->Answer({}) != MP4JUDGE_HOST_PROTECTED) return {};
+  if (trial->Answer({}) != MP4JUDGE_HOST_PROTECTED) return {};
   const std::vector<std::uint64_t> places = PlacesOf(trial->Copy().bytes);
   std::vector<HostTrial::Change> changes;
   for (const std::uint64_t place : places) {

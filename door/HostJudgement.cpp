@@ -1,19 +1,22 @@
 #include "door/HostJudgement.h"
 
 #include <memory>
+#include <utility>
 
 #include "demux/Mp4Demux.h"
 #include "demux/Verdict.h"
 #include "io/FileSource.h"
 #include "io/SourceReader.h"
 
-mp4judge_host_answer mp4::HostAnswer(ByteSource* source) {
+mp4judge_host_answer mp4::HostAnswer(std::unique_ptr<mmStreamReader> reader) {
   Mp4Demux demux;
-  if (!demux.InitForJudgement(std::make_unique<SourceReader>(source))) {
-    return MP4JUDGE_HOST_UNREADABLE;
-  }
-  if (HasProtectedTrack(demux.GetContext())) return MP4JUDGE_HOST_PROTECTED;
-  return source->Failed() ? MP4JUDGE_HOST_UNREADABLE : MP4JUDGE_HOST_CLEAR;
+  if (!demux.InitForJudgement(std::move(reader))) return MP4JUDGE_HOST_UNREADABLE;
+  return HasProtectedTrack(demux.GetContext()) ? MP4JUDGE_HOST_PROTECTED : MP4JUDGE_HOST_CLEAR;
+}
+
+mp4judge_host_answer mp4::HostAnswer(ByteSource* source) {
+  const mp4judge_host_answer answer = HostAnswer(std::make_unique<SourceReader>(source));
+  return answer == MP4JUDGE_HOST_CLEAR && source->Failed() ? MP4JUDGE_HOST_UNREADABLE : answer;
 }
 
 mp4judge_host_answer mp4judge_host_judge(const char* path) {

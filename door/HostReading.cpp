@@ -103,7 +103,7 @@ std::string WhyHostDoesNotBegin(CachedSource* source) {
 }
 
 std::string WhyHostFails(HostTrial* trial) {
-  if (!trial->Copy().whole || IsReadable(trial->Answer({}))) return {};
+  if (IsReadable(trial->Answer({}))) return {};
   const BoxId movie = trial->Tree().Child(kRootBox, FourCC("moov"));
   if (movie == kNoBox) return "there is no movie box at the top level";
   const std::vector<BoxId> culprit = FindCulprit(trial, IsReadable);

@@ -20,17 +20,19 @@ class MemoryFile {
       if (n <= 0) std::abort();
       done += static_cast<std::size_t>(n);
     }
-    const std::string name = "/proc/self/fd/" + std::to_string(file_);
-    path_.assign(name.begin(), name.end());
+    name_ = "/proc/self/fd/" + std::to_string(file_);
+    path_.assign(name_.begin(), name_.end());
   }
   ~MemoryFile() { close(file_); }
   MemoryFile(const MemoryFile&) = delete;
   MemoryFile& operator=(const MemoryFile&) = delete;
 
   const wchar_t* path() const { return path_.c_str(); }
+  const char* name() const { return name_.c_str(); }
 
  private:
   int file_;
+  std::string name_;
   std::wstring path_;
 };
 

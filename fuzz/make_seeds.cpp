@@ -1,6 +1,6 @@
 // Writes the first inputs of every target from the project's own builders:
-//   make_seeds FOLDER   makes FOLDER/judge, FOLDER/demux, FOLDER/boxes, FOLDER/tables and
-//   FOLDER/utf
+//   make_seeds FOLDER   makes FOLDER/judge, FOLDER/demux, FOLDER/interface, FOLDER/boxes,
+//   FOLDER/tables and FOLDER/utf
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -26,6 +26,7 @@ void Save(const std::string& target, const std::string& name, const Bytes& bytes
 void SaveFile(const std::string& name, const Bytes& bytes) {
   Save("judge", name, bytes);
   Save("demux", name, bytes);
+  Save("interface", name, bytes);
 }
 
 void SaveBox(const std::string& name, unsigned maker, unsigned surround, const Bytes& box) {

@@ -79,3 +79,15 @@ TEST(HostCopy, IsNotWholeWhenAReadFails) {
   mp4::CachedSource cache(&source);
   EXPECT_FALSE(HostCopy::Of(&cache, UINT64_MAX, 1000).whole);
 }
+
+TEST(HostCopy, MayHoldEveryByte) {
+  const Bytes bytes = Box("mdat", Bytes().Fill(90, 1)) + Bytes().Fill(100, 2);
+  mp4::MemorySource memory(bytes.data(), bytes.size());
+  mp4::CachedSource cache(&memory);
+  const HostCopy copy = HostCopy::OfEveryByte(&cache, UINT64_MAX, 198);
+  EXPECT_EQ(copy.bytes, AsVector(bytes));
+  EXPECT_TRUE(copy.whole);
+  EXPECT_EQ(copy.OffsetInSource(150), 150u);
+  EXPECT_FALSE(HostCopy::OfEveryByte(&cache, UINT64_MAX, 197).whole);
+  EXPECT_EQ(HostCopy::OfEveryByte(&cache, 100, 197).bytes.size(), 100u);
+}

@@ -174,3 +174,32 @@ TEST(HostDifference, WhereOnlyTheHostSaysProtectedTheBytesAreNamed) {
   EXPECT_EQ(mp4judge_report_host_answer(report.get()), 1);
   EXPECT_NE(mp4judge_report_verdict(report.get()), MP4JUDGE_CLEAR);
 }
+
+TEST(HostDifference, WhatOnlyTheHostInflatesIsNamed) {
+  // Its "cmvd" is longer than the "cmov" that holds it; the host does not mind.
+  Bytes bytes = Box("moov", fixture::Cmov(fixture::Moov({Song("drms")})));
+  bytes.PutBe32(8, 8 + 12 + 12);
+  const Report report = OfMemory(bytes);
+  EXPECT_EQ(mp4judge_report_host_answer(report.get()), 1);
+  EXPECT_EQ(mp4judge_report_verdict(report.get()), MP4JUDGE_UNDETERMINED);
+  EXPECT_EQ(Difference(bytes),
+            "the host says \"protected\": it finds \"drms\" in what it inflates of a \"cmov\" in "
+            "\"moov\" (moov/cmov, byte 8)");
+}
+
+TEST(HostDifference, WhatTheHostReadsBehindTheEndOfABoxIsNamed) {
+  // The movie box ends 2 bytes behind its header; the host reads on.
+  Bytes bytes = Box("moov", fixture::Cmov(fixture::Moov({Song("drms")})));
+  bytes.PutBe32(0, 10);
+  EXPECT_EQ(mp4judge_report_host_answer(OfMemory(bytes).get()), 1);
+  EXPECT_EQ(Difference(bytes),
+            "the host says \"protected\": it finds \"drms\" in what it reads of the box \"moov\" "
+            "(moov, byte 0)");
+}
+
+TEST(HostDifference, AFileTooLargeToTryIsNotExplained) {
+  const Bytes tables = Box("free", Bytes().Fill(9 << 20));
+  const Bytes bytes =
+      Ftyp("isom") + Box("moov", fixture::Mvhd() + WideEditsTrack("mp4a", 1) + tables);
+  EXPECT_EQ(Difference(bytes), kReadsNone + "not explained");
+}
