@@ -9,6 +9,8 @@
 
 from ._inspect import inspect, judge
 from ._library import version
+from ._movie import Columns, Edit, Error, Movie, MovieTrack, Sample, Samples
+from ._movie import open_movie as open
 from ._report import (
     Entry,
     Evidence,
@@ -29,12 +31,19 @@ __version__ = version()
 
 __all__ = [
     "Box",
+    "Columns",
+    "Edit",
     "Entry",
+    "Error",
     "Evidence",
     "Failure",
     "Item",
+    "Movie",
+    "MovieTrack",
     "Problem",
     "Report",
+    "Sample",
+    "Samples",
     "Scheme",
     "Source",
     "Summary",
@@ -45,6 +54,7 @@ __all__ = [
     "inspect",
     "judge",
     "objects_of",
+    "open",
     "read_rows",
     "scan",
     "tree",

@@ -4,7 +4,19 @@ from __future__ import annotations
 
 import ctypes
 import os
-from ctypes import c_char_p, c_int, c_int64, c_size_t, c_uint64, c_void_p
+from ctypes import (
+    c_char_p,
+    c_double,
+    c_int,
+    c_int8,
+    c_int32,
+    c_int64,
+    c_size_t,
+    c_uint8,
+    c_uint32,
+    c_uint64,
+    c_void_p,
+)
 from pathlib import Path
 
 NAME = "libmp4judge.so.1"
@@ -42,8 +54,77 @@ class TreeOptions(ctypes.Structure):
     ]
 
 
+class Edit(ctypes.Structure):
+    """mp4judge_edit."""
+
+    _fields_ = [("duration", c_uint64), ("media_time", c_int64), ("rate", c_int32)]
+
+
+class MovieTrack(ctypes.Structure):
+    """mp4judge_movie_track."""
+
+    _fields_ = [
+        ("id", c_uint32),
+        ("in_movie", c_int),
+        ("handler", c_char_p),
+        ("format", c_char_p),
+        ("codec", c_char_p),
+        ("is_protected", c_int),
+        ("scheme", c_char_p),
+        ("description_count", c_size_t),
+        ("timescale", c_uint32),
+        ("duration", c_int64),
+        ("language", c_char_p),
+        ("width", c_uint32),
+        ("height", c_uint32),
+        ("channels", c_uint32),
+        ("sample_rate", c_double),
+        ("config_type", c_char_p),
+        ("config", c_void_p),
+        ("config_size", c_size_t),
+        ("edit_count", c_size_t),
+        ("edits", ctypes.POINTER(Edit)),
+    ]
+
+
+class Sample(ctypes.Structure):
+    """mp4judge_sample."""
+
+    _fields_ = [
+        ("number", c_uint64),
+        ("offset", c_uint64),
+        ("decode_time", c_int64),
+        ("composition_time", c_int64),
+        ("size", c_uint32),
+        ("duration", c_uint32),
+        ("description", c_uint32),
+        ("fragment", c_uint32),
+        ("sync", c_int8),
+        ("is_protected", c_int8),
+        ("depends", c_uint8),
+        ("outside", c_uint8),
+        ("elsewhere", c_uint8),
+        ("partial_sync", c_uint8),
+        ("reserved", c_uint8 * 2),
+    ]
+
+
+class Columns(ctypes.Structure):
+    """mp4judge_columns."""
+
+    _fields_ = [
+        ("offset", c_void_p),
+        ("size", c_void_p),
+        ("dts", c_void_p),
+        ("cts", c_void_p),
+        ("duration", c_void_p),
+        ("flags", c_void_p),
+    ]
+
+
 OPTIONS = ctypes.POINTER(Options)
 TREE_OPTIONS = ctypes.POINTER(TreeOptions)
+SAMPLE = ctypes.POINTER(Sample)
 
 _FUNCTIONS: dict[str, tuple[object, list[object]]] = {
     "mp4judge_version": (c_char_p, []),
@@ -64,6 +145,32 @@ _FUNCTIONS: dict[str, tuple[object, list[object]]] = {
     "mp4judge_tree_error": (c_int, [c_void_p]),
     "mp4judge_tree_errno": (c_int, [c_void_p]),
     "mp4judge_tree_json": (c_char_p, [c_void_p, TREE_OPTIONS]),
+    "mp4judge_movie_open_path": (c_void_p, [c_char_p, c_char_p]),
+    "mp4judge_movie_open_memory": (c_void_p, [c_void_p, c_size_t, c_void_p, c_size_t]),
+    "mp4judge_movie_open_callbacks": (c_void_p, [READ_AT, SIZE, c_void_p]),
+    "mp4judge_movie_free": (None, [c_void_p]),
+    "mp4judge_movie_error": (c_int, [c_void_p]),
+    "mp4judge_movie_errno": (c_int, [c_void_p]),
+    "mp4judge_movie_track_count": (c_size_t, [c_void_p]),
+    "mp4judge_movie_track_at": (ctypes.POINTER(MovieTrack), [c_void_p, c_size_t]),
+    "mp4judge_movie_timescale": (c_uint32, [c_void_p]),
+    "mp4judge_movie_sample_count": (c_uint64, [c_void_p, c_size_t]),
+    "mp4judge_movie_sample": (c_int, [c_void_p, c_size_t, c_uint64, SAMPLE]),
+    "mp4judge_movie_at_decode_time": (c_uint64, [c_void_p, c_size_t, c_int64]),
+    "mp4judge_movie_at_composition_time": (c_uint64, [c_void_p, c_size_t, c_int64]),
+    "mp4judge_movie_at_presentation_time": (c_uint64, [c_void_p, c_size_t, c_int64]),
+    "mp4judge_movie_sync_before": (c_uint64, [c_void_p, c_size_t, c_uint64]),
+    "mp4judge_movie_presentation_time": (
+        c_int,
+        [c_void_p, c_size_t, c_int64, ctypes.POINTER(c_int64)],
+    ),
+    "mp4judge_movie_read": (c_size_t, [c_void_p, SAMPLE, c_void_p, c_size_t]),
+    "mp4judge_movie_columns": (
+        c_size_t,
+        [c_void_p, c_size_t, c_uint64, c_size_t, ctypes.POINTER(Columns)],
+    ),
+    "mp4judge_movie_problem_count": (c_size_t, [c_void_p, c_size_t]),
+    "mp4judge_movie_problem": (c_char_p, [c_void_p, c_size_t, c_size_t]),
 }
 
 

@@ -187,10 +187,10 @@ def forget(number: int) -> None:
 
 
 @contextmanager
-def reader_of(file: object) -> Iterator[tuple[FileReader, int]]:
-    """A reader and its number. The file's position is afterwards what it was."""
+def reader_of(file: object, restore: bool) -> Iterator[tuple[FileReader, int]]:
+    """A reader and its number. The file's position is afterwards what it was, if that is wanted."""
     reader = FileReader(file)
-    tell = getattr(file, "tell", None)
+    tell = getattr(file, "tell", None) if restore else None
     position = tell() if tell is not None else None
     number = register(reader)
     try:
@@ -206,6 +206,7 @@ def call_with(
     source: object,
     kind: str,
     *more: object,
+    restore: bool = True,
 ) -> tuple[Any, FileReader | None]:
     """Calls the library's function `kind` for a path, memory or callbacks, as the source is one.
     What it was given lasts until `stack` ends. Gives what the function gives and, of a file object,
@@ -221,7 +222,7 @@ def call_with(
             "a path, a buffer or a binary file object with seek and read is wanted, not "
             + type(source).__name__
         )
-    reader, number = stack.enter_context(reader_of(source))
+    reader, number = stack.enter_context(reader_of(source, restore))
     call = getattr(library, kind + "_callbacks")
     return call(read_at_thunk, size_thunk, number, *more), reader
 
