@@ -5,13 +5,13 @@
 
 #include "boxes/base/BoxBase.h"
 #include "boxes/base/Mp4Context.h"
-#include "boxes/tables/SizeRows.h"
+#include "boxes/tables/SizeEntries.h"
 
 /// Sample size box "stsz" (ISO/IEC 14496-12, SampleSizeBox): one constant size with a count, or one
 /// size per sample. It publishes largest size, total bytes and bit rate in the track record.
 ///
 /// Samples are 0-based, sizes are unsigned bytes. Appending a size that differs turns the constant
-/// form into the table form (SizeRows), in which the samples before it stay a count and a size.
+/// form into the table form (SizeEntries), in which the samples before it stay a count and a size.
 class MP4JUDGE_API BoxSTSZ : public BoxBase {
  public:
   /// Fails on a null reader, a size below 1, or when memory is refused.
@@ -59,6 +59,6 @@ class MP4JUDGE_API BoxSTSZ : public BoxBase {
   std::uint32_t largestSize = 0;
   std::uint32_t constantSize = 0;
   std::uint32_t sampleCount = 0;
-  mp4::SizeRows rows;  ///< the table form; empty in constant form
+  mp4::SizeEntries rows;  ///< the table form; empty in constant form
   bool intact = true;
 };

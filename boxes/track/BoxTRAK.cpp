@@ -151,11 +151,11 @@ bool BoxTRAK::FindEdit(SAMPLE* current, bool ok) {
   if (editIndex < 0 || editIndex >= count) return false;
   for (;;) {
     const auto edit = static_cast<std::size_t>(editIndex);
-    const bool shows = editList[edit].mediaTime != mp4::EditTimeline::kEmptyEdit;
+    const bool shows = editList[edit].mediaTime != mp4::TrackEdits::kEmptyEdit;
     if (ok && shows && Timeline().Holds(edit, current->time)) return true;
     if (++editIndex >= count) return false;
     const std::int32_t mediaTime = editList[static_cast<std::size_t>(editIndex)].mediaTime;
-    if (mediaTime == mp4::EditTimeline::kEmptyEdit) continue;
+    if (mediaTime == mp4::TrackEdits::kEmptyEdit) continue;
     mediaBox->Seek(mediaTime);
     ok = mediaBox->GetSampleInfo(current);
   }
@@ -173,7 +173,7 @@ long long BoxTRAK::Seek(long long time) {
     return mp4::WrapDiv(mp4::WrapMul(mediaBox->Seek(target), kSeekUnits), MediaTimescale());
   }
   editSum = {};
-  const mp4::EditTimeline::Place at = Timeline().EditAt(target);
+  const mp4::TrackEdits::Place at = Timeline().EditAt(target);
   editIndex = static_cast<std::int32_t>(at.edit);
   const std::int32_t start = editList[at.edit].mediaTime;
   const std::int64_t mediaTarget = mp4::WrapSub(mp4::WrapAdd(start, target), at.start);

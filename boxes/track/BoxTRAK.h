@@ -8,7 +8,7 @@
 #include "boxes/base/Mp4Context.h"
 #include "boxes/track/BoxMDIA.h"
 #include "boxes/track/BoxTKHD.h"
-#include "boxes/track/EditTimeline.h"
+#include "boxes/track/TrackEdits.h"
 
 /// Track box "trak" (ISO/IEC 14496-12 TrackBox), contained in "moov". Reads the edit list itself
 /// and applies it to sample times and seeks; everything else it hands down to the media box.
@@ -52,7 +52,7 @@ class MP4JUDGE_API BoxTRAK : public BoxBase {
   bool KeepEdits(Mp4Context::TRACK* track, const std::vector<tagElstItem>& edits);
   void DropSample();
   std::int32_t MediaTimescale() const;
-  mp4::EditTimeline Timeline() const { return {editList, MediaTimescale(), movieTimescale}; }
+  mp4::TrackEdits Timeline() const { return {editList, MediaTimescale(), movieTimescale}; }
   bool FindEdit(SAMPLE* current, bool ok);
   std::int64_t EditedSeekResult(std::int64_t mediaTime) const;
 

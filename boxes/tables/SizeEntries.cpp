@@ -1,4 +1,4 @@
-#include "boxes/tables/SizeRows.h"
+#include "boxes/tables/SizeEntries.h"
 
 #include <algorithm>
 #include <utility>
@@ -15,18 +15,18 @@ constexpr std::size_t kFirstRows = 8;
 
 }  // namespace
 
-void SizeRows::Clear() {
+void SizeEntries::Clear() {
   entries.reset();
   blockSums.clear();
   prefixCount = 0;
 }
 
-bool SizeRows::Read(mmStreamReader* reader, long long body) {
+bool SizeEntries::Read(mmStreamReader* reader, long long body) {
   Clear();
   return ReadTableBody(reader, body, kRow, &entries);
 }
 
-bool SizeRows::StartWith(std::uint32_t count, std::uint32_t size) {
+bool SizeEntries::StartWith(std::uint32_t count, std::uint32_t size) {
   std::unique_ptr<mmBuffer> rows;
   if (!EnsureBuffer(&rows, kRow * kFirstRows)) return false;
   entries = std::move(rows);
@@ -36,11 +36,11 @@ bool SizeRows::StartWith(std::uint32_t count, std::uint32_t size) {
   return true;
 }
 
-std::int64_t SizeRows::Held() const {
+std::int64_t SizeEntries::Held() const {
   return entries != nullptr ? static_cast<std::int64_t>(entries->used) / kRow : 0;
 }
 
-std::uint64_t SizeRows::Sum(int first, int last) {
+std::uint64_t SizeEntries::Sum(int first, int last) {
   if (first >= last) return 0;
   const std::int64_t from = first;
   const std::int64_t to = last;
@@ -55,13 +55,13 @@ std::uint64_t SizeRows::Sum(int first, int last) {
   return sum + SumRowsBefore(lastRow) - SumRowsBefore(firstRow);
 }
 
-std::uint64_t SizeRows::SumRows(std::int64_t first, std::int64_t last) const {
+std::uint64_t SizeEntries::SumRows(std::int64_t first, std::int64_t last) const {
   std::uint64_t sum = 0;
   for (std::int64_t row = first; row < last; ++row) sum += entries->Be32At(row * kRow);
   return sum;
 }
 
-std::uint64_t SizeRows::SumRowsBefore(std::int64_t row) const {
+std::uint64_t SizeEntries::SumRowsBefore(std::int64_t row) const {
   const auto known = static_cast<std::int64_t>(blockSums.size());
   const std::int64_t block = std::min(row / kBlock, known);
   const std::uint64_t sum = block > 0 ? blockSums[static_cast<std::size_t>(block) - 1] : 0;
@@ -70,7 +70,7 @@ std::uint64_t SizeRows::SumRowsBefore(std::int64_t row) const {
 
 /// Only blocks that are full: rows are appended, never changed. Without memory the sums are made
 /// the long way.
-void SizeRows::ExtendBlockSums() {
+void SizeEntries::ExtendBlockSums() {
   WithoutThrowing([this] {
     const auto wanted = static_cast<std::size_t>(Held() / kBlock);
     if (blockSums.empty()) blockSums.reserve(wanted);
@@ -82,15 +82,15 @@ void SizeRows::ExtendBlockSums() {
   });
 }
 
-bool SizeRows::MakeRoom(std::size_t count) { return entries->MakeRoom(count * kRow); }
+bool SizeEntries::MakeRoom(std::size_t count) { return entries->MakeRoom(count * kRow); }
 
-void SizeRows::Append(std::uint32_t size, std::size_t count) {
+void SizeEntries::Append(std::uint32_t size, std::size_t count) {
   unsigned char* row = entries->data.get() + entries->used;
   for (std::size_t i = 0; i < count; ++i) StoreBe32(row + i * kRow, size);
   entries->used += count * kRow;
 }
 
-void SizeRows::Append(const std::uint32_t* sizes, std::size_t count) {
+void SizeEntries::Append(const std::uint32_t* sizes, std::size_t count) {
   unsigned char* row = entries->data.get() + entries->used;
   for (std::size_t i = 0; i < count; ++i) StoreBe32(row + i * kRow, sizes[i]);
   entries->used += count * kRow;

@@ -11,7 +11,7 @@ namespace mp4 {
 /// The time line that an edit list lays out: its edits one behind the other, in movie units, each
 /// showing a piece of the media, in media units. Borrows the list for the duration of a call.
 /// Timescales are units per second; 0 counts as 1.
-class EditTimeline {
+class TrackEdits {
  public:
   /// Media time of an edit that is empty: it shows nothing and only takes time.
   static constexpr std::int32_t kEmptyEdit = -1;
@@ -22,8 +22,8 @@ class EditTimeline {
     std::int64_t start;
   };
 
-  EditTimeline(const std::vector<tagElstItem>& edits, std::int32_t mediaTimescale,
-               std::int32_t movieTimescale)
+  TrackEdits(const std::vector<tagElstItem>& edits, std::int32_t mediaTimescale,
+             std::int32_t movieTimescale)
       : edits(edits), mediaTimescale(mediaTimescale), movieTimescale(movieTimescale) {}
 
   /// Whether an edit holds the sample at a media time; a list may have it in several.

@@ -13,7 +13,7 @@ namespace mp4 {
 /// Sample sizes in table form: a number of samples that all have one size and stand nowhere, then a
 /// row a sample as the file's bytes. Samples are 0-based, sizes are unsigned bytes. Samples that
 /// exist only as a number so cost no memory.
-class SizeRows {
+class SizeEntries {
  public:
   void Clear();
   /// Replaces everything by the rows of a table's body. False, and empty, when memory or the

@@ -1,4 +1,4 @@
-#include "boxes/track/EditTimeline.h"
+#include "boxes/track/TrackEdits.h"
 
 #include "io/WrapMath.h"
 
@@ -14,12 +14,12 @@ constexpr std::size_t kEditsSummedAnew = 64;
 /// Whether an edit still holds a sample is decided in whole seconds, truncated on both sides. Hosts
 /// count on the samples this coarse test lets through. In ISO/IEC 14496-12 an edit ends exactly
 /// segment_duration behind its start.
-bool EditTimeline::Holds(std::size_t edit, std::int64_t mediaTime) const {
+bool TrackEdits::Holds(std::size_t edit, std::int64_t mediaTime) const {
   const std::int64_t into = WrapSub(mediaTime, edits[edit].mediaTime);
   return WrapDiv(into, mediaTimescale) <= WrapDiv32(edits[edit].segmentDuration, movieTimescale);
 }
 
-EditTimeline::Place EditTimeline::EditAt(std::int64_t target) const {
+TrackEdits::Place TrackEdits::EditAt(std::int64_t target) const {
   std::int64_t before = 0;
   std::size_t i = 0;
   for (; i + 1 < edits.size(); ++i) {
@@ -30,7 +30,7 @@ EditTimeline::Place EditTimeline::EditAt(std::int64_t target) const {
   return {i, MediaUnits(before)};
 }
 
-std::int64_t EditTimeline::MediaUnits(std::int64_t movieUnits) const {
+std::int64_t TrackEdits::MediaUnits(std::int64_t movieUnits) const {
   const std::int32_t perSecond = mediaTimescale != 0 ? mediaTimescale : 1;
   return WrapDiv(WrapMul(movieUnits, perSecond), movieTimescale);
 }

@@ -3,33 +3,33 @@
 #include <cstdint>
 #include <vector>
 
-#include "boxes/track/EditTimeline.h"
+#include "boxes/track/TrackEdits.h"
 
 namespace {
 
 using mp4::EditSum;
-using mp4::EditTimeline;
+using mp4::TrackEdits;
 using Edits = std::vector<tagElstItem>;
 
-TEST(EditTimeline, HoldsSamplesByWholeSeconds) {
+TEST(TrackEdits, HoldsSamplesByWholeSeconds) {
   const Edits edits = {{1000, 500, 0}};  // one second of the media from 500 on
-  const EditTimeline timeline(edits, 100, 1000);
+  const TrackEdits timeline(edits, 100, 1000);
   EXPECT_TRUE(timeline.Holds(0, 500));
   EXPECT_TRUE(timeline.Holds(0, 699));
   EXPECT_FALSE(timeline.Holds(0, 700));
   EXPECT_TRUE(timeline.Holds(0, 0));
 }
 
-TEST(EditTimeline, ConvertsFromMovieToMediaUnits) {
+TEST(TrackEdits, ConvertsFromMovieToMediaUnits) {
   const Edits edits;
-  EXPECT_EQ(EditTimeline(edits, 90000, 1000).MediaUnits(500), 45000);
-  EXPECT_EQ(EditTimeline(edits, 0, 1000).MediaUnits(5000), 5);
-  EXPECT_EQ(EditTimeline(edits, 100, 0).MediaUnits(5), 500);
+  EXPECT_EQ(TrackEdits(edits, 90000, 1000).MediaUnits(500), 45000);
+  EXPECT_EQ(TrackEdits(edits, 0, 1000).MediaUnits(5000), 5);
+  EXPECT_EQ(TrackEdits(edits, 100, 0).MediaUnits(5), 500);
 }
 
-TEST(EditTimeline, EditAtIsTheFirstThatEndsBehindTheTarget) {
+TEST(TrackEdits, EditAtIsTheFirstThatEndsBehindTheTarget) {
   const Edits edits = {{10, -1, 0}, {20, 0, 0}, {30, 7, 0}};
-  const EditTimeline timeline(edits, 2, 1);
+  const TrackEdits timeline(edits, 2, 1);
   const auto expect = [&](std::int64_t target, std::size_t edit, std::int64_t start) {
     EXPECT_EQ(timeline.EditAt(target).edit, edit) << target;
     EXPECT_EQ(timeline.EditAt(target).start, start) << target;

@@ -4,28 +4,28 @@
 #include <cstdint>
 #include <vector>
 
-#include "boxes/tables/SizeRows.h"
+#include "boxes/tables/SizeEntries.h"
 #include "io/mmBufReader.h"
 #include "tests/Bytes.h"
 
 namespace {
 
-mp4::SizeRows Read(const Bytes& rows) {
+mp4::SizeEntries Read(const Bytes& rows) {
   mmBufReader reader(rows.data(), rows.size());
-  mp4::SizeRows table;
+  mp4::SizeEntries table;
   EXPECT_TRUE(table.Read(&reader, static_cast<long long>(rows.size())));
   return table;
 }
 
-TEST(SizeRows, NothingIsHeldAtFirst) {
-  mp4::SizeRows table;
+TEST(SizeEntries, NothingIsHeldAtFirst) {
+  mp4::SizeEntries table;
   EXPECT_TRUE(table.IsEmpty());
   EXPECT_EQ(table.SizeOf(0), 0u);
   EXPECT_EQ(table.Sum(0, INT_MAX), 0u);
 }
 
-TEST(SizeRows, ReadsARowASample) {
-  mp4::SizeRows table = Read(Bytes().Be32(5).Be32(0xFFFFFFFF).Be32(7));
+TEST(SizeEntries, ReadsARowASample) {
+  mp4::SizeEntries table = Read(Bytes().Be32(5).Be32(0xFFFFFFFF).Be32(7));
   EXPECT_FALSE(table.IsEmpty());
   EXPECT_EQ(table.Held(), 3);
   EXPECT_EQ(table.SizeOf(0), 5u);
@@ -36,10 +36,12 @@ TEST(SizeRows, ReadsARowASample) {
   EXPECT_EQ(table.Sum(0, 3), 0xFFFFFFFFu + std::uint64_t{12});
 }
 
-TEST(SizeRows, RowThatIsCutShortIsNotHeld) { EXPECT_EQ(Read(Bytes().Be32(5).Be16(1)).Held(), 1); }
+TEST(SizeEntries, RowThatIsCutShortIsNotHeld) {
+  EXPECT_EQ(Read(Bytes().Be32(5).Be16(1)).Held(), 1);
+}
 
-TEST(SizeRows, SamplesBeforeTheRowsShareASize) {
-  mp4::SizeRows table;
+TEST(SizeEntries, SamplesBeforeTheRowsShareASize) {
+  mp4::SizeEntries table;
   ASSERT_TRUE(table.StartWith(10, 3));
   EXPECT_FALSE(table.IsEmpty());
   ASSERT_TRUE(table.MakeRoom(2));
@@ -55,8 +57,8 @@ TEST(SizeRows, SamplesBeforeTheRowsShareASize) {
   EXPECT_EQ(table.Sum(12, 11), 0u);
 }
 
-TEST(SizeRows, StartingAnewDropsTheRows) {
-  mp4::SizeRows table = Read(Bytes().Be32(5).Be32(6));
+TEST(SizeEntries, StartingAnewDropsTheRows) {
+  mp4::SizeEntries table = Read(Bytes().Be32(5).Be32(6));
   ASSERT_TRUE(table.StartWith(1, 9));
   EXPECT_EQ(table.Held(), 0);
   EXPECT_EQ(table.SizeOf(0), 9u);
@@ -65,8 +67,8 @@ TEST(SizeRows, StartingAnewDropsTheRows) {
   EXPECT_TRUE(table.IsEmpty());
 }
 
-TEST(SizeRows, SumsOfManyRowsFollowAppends) {
-  mp4::SizeRows table;
+TEST(SizeEntries, SumsOfManyRowsFollowAppends) {
+  mp4::SizeEntries table;
   ASSERT_TRUE(table.StartWith(0, 0));
   EXPECT_TRUE(table.IsEmpty());
   std::vector<std::uint32_t> sizes;
