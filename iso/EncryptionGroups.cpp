@@ -42,12 +42,14 @@ bool ReadEncryptionGroups(FieldView payload, std::vector<EncryptionGroup>* group
     const std::uint32_t own = head.version >= 1 && sameLength == 0 ? payload.U32() : sameLength;
     if (head.version >= 1 && own == 0) return false;
     const std::size_t length = head.version >= 1 ? own : payload.Left();
+    const std::size_t held = std::min(length, payload.Left());
     FieldView entry = payload;
-    if (length < payload.Left()) entry = FieldView(payload.Bytes(length), length);
+    if (head.version >= 1) entry = FieldView(payload.Bytes(held), held);
     EncryptionGroup group;
     ReadGroup(&entry, &group);
     if (!entry.Ok()) return false;
     groups->push_back(std::move(group));
+    if (held < length) return false;
     // Entries of version 0 say nowhere how long they are but in their own fields.
     if (head.version == 0) payload = entry;
   }
