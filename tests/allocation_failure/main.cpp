@@ -1,5 +1,6 @@
 // A program of its own: it replaces the allocator by one that fails at the k-th call, for every k
-// that a whole opening needs. Init must then be false or right, must not throw and must not leak.
+// that a whole opening or inspection needs. Init must then be false or right, a report undetermined
+// or right; nothing may throw or leak.
 #include <cstdio>
 #include <cstdlib>
 #include <new>
@@ -109,6 +110,61 @@ int Check(const char* name, const Bytes& bytes, bool isProtected) {
   }
 }
 
+/// What one inspection in each way says, the way in which the least is said.
+struct Inspected {
+  bool contradicts = false;  ///< a verdict, or an answer of the host, that is not right
+  int whole = 0;             ///< reports without an error
+};
+
+void Take(mp4judge_report* report, mp4judge_verdict verdict, int hostAnswer, Inspected* said) {
+  const mp4judge_verdict got = mp4judge_report_verdict(report);
+  const int host = mp4judge_report_host_answer(report);
+  said->contradicts |= report == nullptr || (got != verdict && got != MP4JUDGE_UNDETERMINED);
+  said->contradicts |= host > hostAnswer;
+  // Whatever memory there is left, a report can be asked.
+  mp4judge_report_json(report);
+  if (got == MP4JUDGE_UNDETERMINED && mp4judge_report_reason(report) == nullptr) {
+    said->contradicts = true;
+  }
+  said->whole += mp4judge_report_error(report) == MP4JUDGE_OK && got == verdict ? 1 : 0;
+  mp4judge_report_free(report);
+}
+
+Inspected InspectInEveryWay(const Bytes& bytes, const char* path, mp4judge_verdict verdict,
+                            int hostAnswer) {
+  Inspected said;
+  Take(mp4judge_inspect_path(path, nullptr), verdict, hostAnswer, &said);
+  Take(mp4judge_inspect_memory(bytes.data(), bytes.size(), nullptr), verdict, hostAnswer, &said);
+  mp4judge_ranges* ranges = mp4judge_ranges_new(bytes.size());
+  mp4judge_ranges_add(ranges, 0, bytes.data(), bytes.size());
+  Take(mp4judge_ranges_inspect(ranges, nullptr), verdict, hostAnswer, &said);
+  mp4judge_ranges_free(ranges);
+  return said;
+}
+
+/// The same for the inspector.
+int CheckInspector(const char* name, const Bytes& bytes, mp4judge_verdict verdict, int hostAnswer) {
+  const TempFile file(bytes);
+  InspectInEveryWay(bytes, file.path().c_str(), verdict, hostAnswer);  // what is made once
+  int wrong = 0;
+  for (long k = 0;; ++k) {
+    const long before = live;
+    countdown = k;
+    const Inspected said = InspectInEveryWay(bytes, file.path().c_str(), verdict, hostAnswer);
+    const bool exhausted = countdown == 0;
+    countdown = -1;
+    if (said.contradicts || live != before) {
+      std::printf("inspect %s: allocation %ld: %s%s\n", name, k,
+                  said.contradicts ? "wrong answer " : "", live != before ? "leaked" : "");
+      ++wrong;
+    }
+    if (!exhausted) {
+      std::printf("inspect %s: %ld allocations\n", name, k);
+      return wrong + (said.whole == 3 ? 0 : 1);
+    }
+  }
+}
+
 }  // namespace
 
 int main() {
@@ -119,6 +175,16 @@ int main() {
   wrong +=
       Check("fragments", Ftyp("isom") + golden::Movie() + golden::Moof() + golden::Moof(), false);
   wrong += Check("compressed", Box("moov", Cmov(Moov({golden::Song("drms")}))), true);
+  wrong += CheckInspector("clear", Ftyp("isom") + golden::Movie(), MP4JUDGE_CLEAR, 0);
+  wrong += CheckInspector("protected", Ftyp("isom") + Moov({golden::Song("drms")}),
+                          MP4JUDGE_PROTECTED, 1);
+  wrong += CheckInspector("compressed", Box("moov", Cmov(Moov({golden::Song("drms")}))),
+                          MP4JUDGE_PROTECTED, 1);
+  // An edit list in 64-bit form, over which the host's reader fails: boxes are tried.
+  const Bytes edits = Box("edts", FullBox("elst", 1, 0, Bytes().Be32(1).Fill(20)));
+  const Bytes track = Box("trak", Tkhd(1) + edits + Mdia(golden::Song("enca")));
+  wrong += CheckInspector("explained", Ftyp("isom") + Box("moov", Mvhd() + track),
+                          MP4JUDGE_PROTECTED, 0);
   std::printf("%s\n", wrong == 0 ? "every allocation may fail" : "FAILED");
   return wrong == 0 ? 0 : 1;
 }
