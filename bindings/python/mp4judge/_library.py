@@ -179,8 +179,8 @@ def _candidates() -> list[str]:
     named = os.environ.get("MP4JUDGE_LIBRARY")
     if named:
         return [named]
-    bundled = Path(__file__).with_name(NAME)
-    return [str(bundled)] if bundled.exists() else [NAME]
+    bundled = Path(__file__).parent.glob(f"lib*/**/{NAME}")
+    return [*map(str, bundled), NAME][:1]
 
 
 def _load() -> ctypes.CDLL:

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import struct
+from collections.abc import Sequence
 
 KEY_ID = bytes(range(0, 256, 17))
 KEY_ID_TEXT = "00112233-4455-6677-8899-aabbccddeeff"
@@ -77,3 +78,21 @@ def fragmented(count: int) -> bytes:
     """A movie of `count` empty fragments."""
     one = box("moof", full("mfhd", be32(1)), box("traf", full("tfhd", be32(1), flags=0x20000)))
     return movie(track(), box("mvex", full("trex", be32(1, 1, 0, 0, 0)))) + one * count
+
+
+def tables(sizes: list[int], at: int, delta: int = 100, sync: Sequence[int] = ()) -> bytes:
+    """One chunk of samples, each `delta` long, at an offset of the file."""
+    made = full("stts", be32(1, len(sizes), delta)) + full("stsc", be32(1, 1, len(sizes), 1))
+    made += full("stsz", be32(0, len(sizes), *sizes)) + full("stco", be32(1, at))
+    return made + (full("stss", be32(len(sync), *sync)) if sync else b"")
+
+
+def film(sizes: list[int], sync: Sequence[int] = ()) -> bytes:
+    """Samples of these sizes, each filled with its index; the media data ends the file."""
+
+    def before(at: int) -> bytes:
+        return movie(track(tables=tables(sizes, at, sync=sync)))
+
+    head = before(0)
+    data = b"".join(bytes([i % 256]) * size for i, size in enumerate(sizes))
+    return before(len(head) + 8) + box("mdat", data)

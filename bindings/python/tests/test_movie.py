@@ -16,27 +16,9 @@ from typing import Any
 import boxes
 import mp4judge
 import pytest
-from boxes import be32, full
+from boxes import be32, film, full, tables
 
 LONG = 1_150_000
-
-
-def tables(sizes: list[int], at: int, delta: int = 100, sync: Any = ()) -> bytes:
-    """One chunk of samples, each `delta` long, at an offset of the file."""
-    made = full("stts", be32(1, len(sizes), delta)) + full("stsc", be32(1, 1, len(sizes), 1))
-    made += full("stsz", be32(0, len(sizes), *sizes)) + full("stco", be32(1, at))
-    return made + (full("stss", be32(len(sync), *sync)) if sync else b"")
-
-
-def film(sizes: list[int], **more: Any) -> bytes:
-    """Samples of these sizes, each filled with its index; the media data ends the file."""
-
-    def before(at: int) -> bytes:
-        return boxes.movie(boxes.track(tables=tables(sizes, at, **more)))
-
-    head = before(0)
-    data = b"".join(bytes([i % 256]) * size for i, size in enumerate(sizes))
-    return before(len(head) + 8) + boxes.box("mdat", data)
 
 
 SIZES = [5, 3, 9, 1, 4, 7]

@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import os
 import pathlib
+import re
 import subprocess
 import sys
 import threading
@@ -13,6 +14,7 @@ import mp4judge
 import pytest
 
 PACKAGE = pathlib.Path(mp4judge.__file__).parent
+README = pathlib.Path(__file__).parents[1] / "README.md"
 
 
 def run(*arguments: str, **changes: str) -> subprocess.CompletedProcess[str]:
@@ -128,3 +130,20 @@ def test_the_module_does_not_run_a_script_that_could_run_it(folder: pathlib.Path
     script.chmod(0o755)
     done = run("-m", "mp4judge", str(folder / "clear.mp4"), PATH=str(folder / "program"))
     assert (done.returncode, done.stdout) == (0, f"{folder}/clear.mp4: clear\n")
+
+
+@pytest.mark.parametrize("block", re.findall(r"```python\n(.*?)```", README.read_text(), re.S))
+def test_every_block_of_the_readme_runs(block: str, folder: pathlib.Path) -> None:
+    data = boxes.film([5, 3, 9], sync=(1,))
+    (folder / "film.mp4").write_bytes(data)
+    environment = {**os.environ, "PYTHONPATH": str(PACKAGE.parent)}
+    done = subprocess.run(
+        [sys.executable, "-W", "error", "-c", block],
+        cwd=folder,
+        env=environment,
+        capture_output=True,
+        text=True,
+        check=False,
+    )
+    assert (done.returncode, done.stderr) == (0, "")
+    assert done.stdout
