@@ -129,8 +129,9 @@ bool Mp4Demux::ReadFirstBox(long long fileSize, long long* scanFrom) {
 }
 
 bool Mp4Demux::ScanTopLevel(long long fileSize, long long pos) {
+  mp4::ScanControl* const scan = reader->Scan();
   while (pos < fileSize) {
-    if (!mp4::ChargeStep(reader.get())) return false;
+    if (!mp4::ChargeStep(scan)) return false;
     unsigned char bytes[8] = {};
     reader->GetData(bytes, sizeof bytes);
     const std::uint32_t stored = mp4::LoadBe32(bytes);

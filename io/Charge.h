@@ -18,9 +18,7 @@ inline bool Charge(mmStreamReader* reader, std::int64_t bytes, std::int64_t memo
 
 /// One box header, or one step of a search through a box: it costs as much, and a few small boxes
 /// can have the same bytes searched again and again.
-inline bool ChargeStep(mmStreamReader* reader) {
-  ScanControl* scan = reader->Scan();
-  return scan == nullptr || scan->TakeHeader();
-}
+inline bool ChargeStep(ScanControl* scan) { return scan == nullptr || scan->TakeHeader(); }
+inline bool ChargeStep(mmStreamReader* reader) { return ChargeStep(reader->Scan()); }
 
 }  // namespace mp4

@@ -51,8 +51,9 @@ struct WalkEnd {
 template <class Dispatch>
 WalkEnd WalkChildren(mmStreamReader* reader, long long size, long long consumed,
                      UnknownChild unknown, Dispatch&& dispatch, long long most = LLONG_MAX) {
+  ScanControl* const scan = reader->Scan();
   while (consumed < size && consumed <= most) {
-    if (!ChargeStep(reader)) return {consumed, true};
+    if (!ChargeStep(scan)) return {consumed, true};
     unsigned char header[8] = {};
     reader->GetData(header, sizeof header);
     const std::uint32_t stored = LoadBe32(header);

@@ -134,7 +134,10 @@ bool BoxTRAK::GetSampleInfo(SAMPLE* current) {
   current->format = format;
   if (mediaBox == nullptr) return false;
   const bool ok = mediaBox->GetSampleInfo(current);
-  if (hasEditList == 0) return ok;
+  return hasEditList == 0 ? ok : ApplyEdits(current, ok);
+}
+
+bool BoxTRAK::ApplyEdits(SAMPLE* current, bool ok) {
   if (!FindEdit(current, ok)) return false;
   const auto edit = static_cast<std::size_t>(editIndex);
   current->time = std::max<std::int64_t>(0, mp4::WrapSub(current->time, editList[edit].mediaTime));

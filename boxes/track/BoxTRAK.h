@@ -53,6 +53,7 @@ class MP4JUDGE_API BoxTRAK : public BoxBase {
   void DropSample();
   std::int32_t MediaTimescale() const;
   mp4::TrackEdits Timeline() const { return {editList, MediaTimescale(), movieTimescale}; }
+  bool ApplyEdits(SAMPLE* current, bool ok);
   bool FindEdit(SAMPLE* current, bool ok);
   std::int64_t EditedSeekResult(std::int64_t mediaTime) const;
 
