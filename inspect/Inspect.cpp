@@ -32,7 +32,7 @@ std::string WithoutArticle(std::string_view noun) {
 
 /// What is looked at of a file with fragments unless everything is asked for: the first fragment,
 /// and those that the first read of a slow source holds anyway.
-constexpr std::uint64_t kNearFragments = 8;
+constexpr std::uint64_t kNearFragments = 4;
 constexpr std::uint64_t kNear = std::uint64_t{64} << 10;
 
 std::string TextOfTrouble(const SourceTrouble& trouble) {

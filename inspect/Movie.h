@@ -15,13 +15,12 @@ struct TrackFacts {
   std::uint64_t entries = 0;       ///< sample entries seen
   std::uint32_t defaultEntry = 1;  ///< 1-based, of its fragments (TrackExtendsBox)
   bool isProtected = false;
-  std::size_t reported = 0;  ///< index among the report's tracks
 };
 
 /// A track of object descriptors, to be read once all tracks are known.
 struct ObjectTrack {
   BoxId trak;
-  std::uint32_t id;
+  std::vector<BoxId> sampleTables;  ///< one, unless the track is broken
 };
 
 struct MovieFacts {

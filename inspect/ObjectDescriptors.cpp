@@ -23,19 +23,8 @@ class ObjectInspection {
 
   void Run() {
     ReadTargets();
-    std::vector<SampleLocation> samples;
-    // Without samples here they come in fragments, if anywhere.
-    if (!LocateSamples(&tree_, SampleTable(), kMostSamples, &samples) ||
-        (samples.empty() && movie_->hasFragments))
-      Doubt("the samples of the object descriptor track cannot be found");
-    std::uint64_t bytes = 0;
-    for (std::size_t i = 0; i < samples.size(); ++i) {
-      bytes += samples[i].size;
-      if (bytes > kMostBytes || !ReadSample(samples[i], i + 1)) {
-        Doubt("sample " + std::to_string(i + 1) + " of the object descriptor track cannot be read");
-        if (bytes > kMostBytes) break;
-      }
-    }
+    if (track_.sampleTables.empty()) Doubt("the object descriptor track has no sample table");
+    for (const BoxId table : track_.sampleTables) ReadSamples(table);
     for (const Target& target : targets_) Protect(target);
   }
 
@@ -45,6 +34,21 @@ class ObjectInspection {
     std::uint32_t pointer;
   };
 
+  void ReadSamples(BoxId table) {
+    std::vector<SampleLocation> samples;
+    // Without samples here they come in fragments, if anywhere.
+    if (!LocateSamples(&tree_, table, kMostSamples, &samples) ||
+        (samples.empty() && movie_->hasFragments))
+      Doubt("the samples of the object descriptor track cannot be found");
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+      bytes_ += samples[i].size;
+      if (bytes_ > kMostBytes || !ReadSample(samples[i], i + 1)) {
+        Doubt("sample " + std::to_string(i + 1) + " of the object descriptor track cannot be read");
+        if (bytes_ > kMostBytes) break;
+      }
+    }
+  }
+
   /// TrackReferenceTypeBox "mpod": the tracks that references of descriptors count in.
   void ReadTargets() {
     const BoxId references = tree_.Child(track_.trak, FourCC("tref"));
@@ -53,14 +57,6 @@ class ObjectInspection {
     if (mpod == kNoBox) return;
     FieldView fields = tree_.Payload(mpod);
     while (fields.Left() >= 4) mpod_.push_back(fields.U32());
-  }
-
-  BoxId SampleTable() {
-    BoxId at = track_.trak;
-    for (const std::uint32_t type : {FourCC("mdia"), FourCC("minf"), FourCC("stbl")}) {
-      at = at != kNoBox ? tree_.Child(at, type) : kNoBox;
-    }
-    return at != kNoBox ? at : track_.trak;
   }
 
   bool ReadSample(const SampleLocation& sample, std::size_t number) {
@@ -172,12 +168,16 @@ class ObjectInspection {
       return;
     }
     subject.track = target.track;
+    if (!facts->second.isProtected) MarkTracks(target.track);
     facts->second.isProtected = true;
-    std::vector<ReportTrack>& tracks = findings_->Result().tracks;
-    if (facts->second.reported < tracks.size()) tracks[facts->second.reported].isProtected = true;
     findings_->Protect(track_.trak, subject,
                        "An object descriptor names the IPMP protection of track " +
                            std::to_string(target.track) + ".");
+  }
+
+  void MarkTracks(std::uint32_t id) {
+    for (ReportTrack& track : findings_->Result().tracks)
+      track.isProtected = track.isProtected || track.id == id;
   }
 
   void Doubt(std::string text) { findings_->Doubt(track_.trak, std::move(text)); }
@@ -189,6 +189,7 @@ class ObjectInspection {
   std::vector<std::uint32_t> mpod_;
   std::vector<Target> targets_;
   std::unordered_map<std::uint32_t, std::string> schemes_;  ///< by number of the IPMP descriptor
+  std::uint64_t bytes_ = 0;                                 ///< of all samples so far
   std::string path_;
   const std::vector<unsigned char>* sample_ = nullptr;
   std::uint64_t sampleOffset_ = 0;

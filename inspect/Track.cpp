@@ -88,6 +88,7 @@ class TrackInspection {
   }
 
   void LookAtTables(BoxId stbl) {
+    sampleTables_.push_back(stbl);
     bool any = false;
     for (BoxId box = tree_.FirstChild(stbl); box != kNoBox; box = tree_.Next(box)) {
       if (tree_.At(box).type != FourCC("stsd")) {
@@ -111,12 +112,11 @@ class TrackInspection {
 
   void Publish(BoxId trak) {
     if (hasObjects_ && movie_->objectTracks.size() < kMostTracks)
-      movie_->objectTracks.push_back({trak, track_.id});
+      movie_->objectTracks.push_back({trak, std::move(sampleTables_)});
     TrackFacts& facts = movie_->tracks[track_.id];
     facts.entries = std::max(facts.entries, entries_);
     facts.isProtected = facts.isProtected || track_.isProtected;
     std::vector<ReportTrack>& reported = findings_->Result().tracks;
-    facts.reported = reported.size();
     if (reported.size() < kMostTracks) reported.push_back(std::move(track_));
   }
 
@@ -125,6 +125,7 @@ class TrackInspection {
   MovieFacts* movie_;
   Signs* signs_;
   ReportTrack track_;
+  std::vector<BoxId> sampleTables_;
   std::uint64_t entries_ = 0;
   bool hasObjects_ = false;
 };

@@ -42,6 +42,21 @@ std::uint64_t LengthOfStrings(BoxTree* tree, BoxId entry, int strings) {
   return fields.At();
 }
 
+/// Encrypted subtitles keep the strings of their original format, up to three: the first place
+/// where a box could begin.
+std::uint64_t LengthOfSubtitle(BoxTree* tree, BoxId entry) {
+  for (int strings = 0; strings <= 3; ++strings) {
+    const std::uint64_t length = LengthOfStrings(tree, entry, strings);
+    FieldView header = tree->Payload(entry, length, 8);
+    const std::uint64_t size = header.U32();
+    const std::uint32_t type = header.Type();
+    if (header.Ok() && size >= 8 && length + size <= tree->At(entry).PayloadSize() &&
+        IsTypeText(type))
+      return length;
+  }
+  return kPlainEntry;
+}
+
 /// Formats whose length the handler alone does not tell; 0 for others.
 std::uint64_t LengthByFormat(BoxTree* tree, BoxId entry) {
   switch (tree->At(entry).type) {
@@ -80,6 +95,8 @@ std::uint64_t LengthByFormat(BoxTree* tree, BoxId entry) {
     case FourCC("stpp"):
     case FourCC("metx"):
       return LengthOfStrings(tree, entry, 3);
+    case FourCC("encu"):
+      return LengthOfSubtitle(tree, entry);
     case FourCC("rtp "):
     case FourCC("srtp"):
     case FourCC("rrtp"):
