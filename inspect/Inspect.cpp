@@ -16,6 +16,7 @@
 #include "inspect/Systems.h"
 #include "inspect/TreeProblems.h"
 #include "inspect/Words.h"
+#include "io/ByteOrder.h"
 #include "io/FourCC.h"
 
 namespace mp4 {
@@ -146,9 +147,19 @@ class Inspection {
       case FourCC("wide"):
         break;
       default:
-        if (!InspectSystem(&findings_, box)) CheckUnknownBox(&findings_, box);
+        if (!InspectSystem(&findings_, box)) LookAtUnknown(box);
         break;
     }
+  }
+
+  /// Of unknown boxes a size of 0 is not believed: it would cover all that follows.
+  void LookAtUnknown(BoxId box) {
+    CheckUnknownBox(&findings_, box);
+    const Box at = tree_.At(box);
+    if (at.end != source_->Size()) return;
+    const unsigned char* size = tree_.View(0, at.offset, 4);
+    if (size != nullptr && LoadBe32(size) == 0)
+      findings_.Doubt(box, "an unknown box runs to the end of the file");
   }
 
   void NoteTrouble(const SourceTrouble& trouble) {

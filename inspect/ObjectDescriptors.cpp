@@ -60,7 +60,7 @@ class ObjectInspection {
   }
 
   bool ReadSample(const SampleLocation& sample, std::size_t number) {
-    if (sample.size > CachedSource::kLargestView) return false;
+    if (sample.size == 0 || sample.size > CachedSource::kLargestView) return false;
     const unsigned char* bytes = tree_.View(0, sample.offset, sample.size);
     if (bytes == nullptr) return false;
     // In-place bytes last until the next read.
@@ -79,19 +79,31 @@ class ObjectInspection {
   }
 
   bool ReadCommand(const Descriptor& command) {
-    if (command.tag != kCommandUpdate && command.tag != kCommandIpmpUpdate) return true;
+    constexpr std::uint8_t kLastCommand = 8;
+    if (command.tag != kCommandUpdate && command.tag != kCommandIpmpUpdate)
+      return command.tag >= 1 && command.tag <= kLastCommand;
     FieldView fields = command.payload;
     bool whole = true;
     while (fields.Left() > 0) {
       Descriptor descriptor;
       if (!ReadDescriptor(&fields, &descriptor)) return false;
-      if (descriptor.tag == kTagIpmpDescriptor) {
-        ReadIpmp(descriptor.payload);
-      } else {
-        whole = ReadObject(descriptor.payload) && whole;
-      }
+      whole = ReadPart(descriptor) && whole;
     }
     return whole;
+  }
+
+  /// False for a descriptor that has no business in a command: its length may be broken.
+  bool ReadPart(const Descriptor& descriptor) {
+    switch (descriptor.tag) {
+      case kTagIpmpDescriptor:
+        ReadIpmp(descriptor.payload);
+        return true;
+      case kTagObjectDescriptor:
+      case kTagFileObjectDescriptor:
+        return ReadObject(descriptor.payload);
+      default:
+        return false;
+    }
   }
 
   /// ObjectDescriptor: an id, then references to streams and pointers to their protection.

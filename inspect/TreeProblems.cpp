@@ -1,5 +1,7 @@
 #include "inspect/TreeProblems.h"
 
+#include <algorithm>
+
 #include "inspect/Words.h"
 #include "io/FourCC.h"
 #include "iso/SampleEntryLayout.h"
@@ -33,7 +35,23 @@ bool IsInSampleEntry(const BoxTree& tree, BoxId box) {
 /// Reserved bytes and a data reference index, which every sample entry begins with.
 constexpr std::uint64_t kSmallestEntry = 8;
 
-bool MayHide(const BoxTree& tree, const BoxProblem& problem) {
+/// Bytes behind the last box that are a tag of an old MP3 habit (ID3v1), or plain text: no box of
+/// usual size has either in its header.
+bool IsTagOrText(BoxTree* tree, const Box& box) {
+  constexpr std::size_t kTagSize = 128;
+  constexpr std::size_t kLongestText = 4096;
+  const auto n =
+      static_cast<std::size_t>(std::min<std::uint64_t>(box.end - box.offset, kLongestText + 1));
+  const unsigned char* bytes = n <= kLongestText ? tree->View(box.space, box.offset, n) : nullptr;
+  if (bytes == nullptr) return false;
+  if (n == kTagSize && bytes[0] == 'T' && bytes[1] == 'A' && bytes[2] == 'G') return true;
+  return std::all_of(bytes, bytes + n, [](unsigned char c) {
+    return (c >= 0x20 && c < 0x7F) || c == '\t' || c == '\n' || c == '\r';
+  });
+}
+
+bool MayHide(BoxTree* boxes, const BoxProblem& problem) {
+  const BoxTree& tree = *boxes;
   switch (problem.fault) {
     case BoxFault::kNotDelivered:
     case BoxFault::kTooManyBoxes:
@@ -45,7 +63,8 @@ bool MayHide(const BoxTree& tree, const BoxProblem& problem) {
       return false;
     case BoxFault::kCutByEnd:
       if (tree.At(problem.box).parent == kRootBox)
-        return !IsHarmlessWhenCut(tree.At(problem.box).type);
+        return !IsHarmlessWhenCut(tree.At(problem.box).type) &&
+               !IsTagOrText(boxes, tree.At(problem.box));
       return !IsInSampleEntry(tree, tree.At(problem.box).parent);
     case BoxFault::kOverrunsParent:
       return !IsInSampleEntry(tree, tree.At(problem.box).parent);
@@ -123,11 +142,11 @@ std::string TextOfProblem(const BoxTree& tree, const BoxProblem& problem) {
 }
 
 std::string ReportTreeProblems(Findings* findings) {
-  const BoxTree& tree = findings->Tree();
+  BoxTree& tree = findings->Tree();
   std::string reason;
   for (const BoxProblem& problem : tree.Problems()) {
     std::string text = TextOfProblem(tree, problem);
-    if (!MayHide(tree, problem)) {
+    if (!MayHide(&tree, problem)) {
       findings->Remark(problem.box, OffsetOf(tree, problem), std::move(text));
       continue;
     }
