@@ -50,7 +50,7 @@ TEST(FirstBytes, NothingAndAnythingHaveNoName) {
 }
 
 TEST(FirstBytes, TheReasonNamesTheFormat) {
-  EXPECT_EQ("not a movie file: it is a PNG image",
+  EXPECT_EQ("not a movie file: begins with PNG image",
             p::InspectBytes(Bytes{0x89}.Text("PNG\r\n\x1a\n").Fill(30)).reason);
   EXPECT_EQ("the file is empty", p::InspectBytes({}).reason);
   EXPECT_EQ("no movie box and no items", p::InspectBytes(p::FileType()).reason);
