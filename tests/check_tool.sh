@@ -264,6 +264,34 @@ case_usage() {
   ! command -v fish >/dev/null || { run 0 --print fish && fish -n out || failed=1; }
 }
 
+# 43 frames of 4 bytes, one after the other up to the end of the file.
+case_list_samples() {
+  local first=$(($(stat -c %s clear.m4a) - 43 * 4))
+  run 0 samples --json clear.m4a
+  [[ $(wc -l <out) == 43 ]] || failed=1
+  says out "^\\{\"track\":1,\"sample\":1,\"offset\":$first,\"size\":4,\"dts\":0,\"cts\":0,\"duration\":1024,\"sync\":true,\"description\":1,\"protected\":false\\}\$"
+  run 0 samples --json protected.m4a
+  says out '"sample":43,.*"protected":true\}$'
+  run 0 samples --csv --track 1 clear.m4a
+  [[ $(wc -l <out) == 44 ]] || failed=1
+  says out "^1,43,$((first + 42 * 4)),4,43008,43008,1024,1,1,0,0,0\$"
+  run 0 samples clear.m4a
+  run 2 samples --track 2 clear.m4a
+  says err 'there is no such track$'
+  run 2 samples missing.m4a
+  says err 'missing.m4a: No such file or directory$'
+  run 2 samples
+  says err 'samples takes one file$'
+  run 0 samples --help
+  says out '^Usage: mp4judge samples'
+  head -c $((first + 10)) clear.m4a >cut.m4a
+  run 0 samples --json cut.m4a
+  says out '"sample":4,.*"outside":true\}$'
+  # A file of that name.
+  cp clear.m4a samples
+  run 0 ./samples
+}
+
 # Colours on a terminal alone, and not with NO_COLOR.
 case_terminal() {
   command -v script >/dev/null || return 0
