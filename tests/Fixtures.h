@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "io/Mp4StreamReader.h"
 #include "io/mmBufReader.h"
 #include "tests/Bytes.h"
 
@@ -41,4 +42,13 @@ class TempFile {
 
  private:
   std::string path_;
+};
+
+/// A file reader over bytes of its own.
+struct FileReader {
+  explicit FileReader(const Bytes& bytes) : file(bytes) {
+    if (!reader.SetFilePath(file.wide().c_str())) std::abort();
+  }
+  TempFile file;
+  Mp4StreamReader reader;
 };

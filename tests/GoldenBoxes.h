@@ -135,14 +135,13 @@ inline Bytes Wave() {
 inline Bytes Movie() { return fixture::Moov({Film(), Song("mp4a")}, UserData() + Mvex()); }
 
 inline std::vector<Sample> Containers() {
-  using namespace fixture;
   return {{"moov", Make<BoxMOOV>, PayloadOf(Movie())},
-          {"moov-cmov", Make<BoxMOOV>, Cmov(Moov({Film()}))},
-          {"cmov", Make<BoxCMOV>, PayloadOf(Cmov(Moov({Film()})))},
-          {"trak", Make<BoxTRAK>, PayloadOf(Trak(Song("mp4a")))},
-          {"mdia", Make<BoxMDIA>, PayloadOf(Mdia(Film()))},
-          {"minf", Make<BoxMINF>, PayloadOf(Minf(Song("drms")))},
-          {"stbl", Make<BoxSTBL>, PayloadOf(Stbl(Song("mp4a")))},
+          {"moov-cmov", Make<BoxMOOV>, fixture::Cmov(fixture::Moov({Film()}))},
+          {"cmov", Make<BoxCMOV>, PayloadOf(fixture::Cmov(fixture::Moov({Film()})))},
+          {"trak", Make<BoxTRAK>, PayloadOf(fixture::Trak(Song("mp4a")))},
+          {"mdia", Make<BoxMDIA>, PayloadOf(fixture::Mdia(Film()))},
+          {"minf", Make<BoxMINF>, PayloadOf(fixture::Minf(Song("drms")))},
+          {"stbl", Make<BoxSTBL>, PayloadOf(fixture::Stbl(Song("mp4a")))},
           {"mvex", Make<BoxMVEX>, PayloadOf(Mvex())},
           {"moof", Make<BoxMOOF>, PayloadOf(Moof())},
           {"traf", Make<BoxTRAF>, PayloadOf(Traf(1))},
@@ -152,16 +151,15 @@ inline std::vector<Sample> Containers() {
 }
 
 inline std::vector<Sample> Leaves() {
-  using namespace fixture;
-  return {{"ftyp", Make<BoxFTYP>, PayloadOf(Ftyp("abcd", {"efgh", "isom"}))},
-          {"mvhd", Make<BoxMVHD>, PayloadOf(Mvhd(600, 5, 1))},
-          {"tkhd", Make<BoxTKHD>, PayloadOf(Tkhd(1))},
-          {"mdhd", Make<BoxMDHD>, PayloadOf(Mdhd(600, 5, 1))},
-          {"hdlr", Make<BoxHDLR>, PayloadOf(Hdlr("soun"))},
-          {"vmhd", Make<BoxVMHD>, PayloadOf(Vmhd())},
-          {"smhd", Make<BoxSMHD>, PayloadOf(Smhd())},
-          {"dinf", Make<BoxDINF>, PayloadOf(Dinf())},
-          {"edts", Make<BoxEDTS>, PayloadOf(Edts({{1, 2}}))},
+  return {{"ftyp", Make<BoxFTYP>, PayloadOf(fixture::Ftyp("abcd", {"efgh", "isom"}))},
+          {"mvhd", Make<BoxMVHD>, PayloadOf(fixture::Mvhd(600, 5, 1))},
+          {"tkhd", Make<BoxTKHD>, PayloadOf(fixture::Tkhd(1))},
+          {"mdhd", Make<BoxMDHD>, PayloadOf(fixture::Mdhd(600, 5, 1))},
+          {"hdlr", Make<BoxHDLR>, PayloadOf(fixture::Hdlr("soun"))},
+          {"vmhd", Make<BoxVMHD>, PayloadOf(fixture::Vmhd())},
+          {"smhd", Make<BoxSMHD>, PayloadOf(fixture::Smhd())},
+          {"dinf", Make<BoxDINF>, PayloadOf(fixture::Dinf())},
+          {"edts", Make<BoxEDTS>, PayloadOf(fixture::Edts({{1, 2}}))},
           {"mdat", Make<BoxMDAT>, Bytes().Fill(16)},
           {"uuid", Make<BoxUUID>, Bytes().Fill(16)},
           {"esds", Make<BoxESDS>, PayloadOf(Esds(0x69))},
@@ -176,22 +174,24 @@ inline std::vector<Sample> Leaves() {
 }
 
 inline std::vector<Sample> Tables() {
-  using namespace fixture;
   const Bytes sequence = Box("SMI ", Bytes().Text("SEQH").Be32(4).Fill(4));
-  return {{"stsd-sound", Make<BoxSTSD>, PayloadOf(Stsd(AudioEntry("mp4a", Esds(0x40))))},
-          {"stsd-alac", Make<BoxSTSD>,
-           PayloadOf(Stsd(AudioEntry("alac", Box("alac", Bytes().Fill(20)))))},
-          {"stsd-wave", Make<BoxSTSD>, PayloadOf(Stsd(AudioEntry("in24", Wave())))},
-          {"stsd-video", Make<BoxSTSD>, PayloadOf(Stsd(VisualEntry("SVQ3", sequence))), "vide"},
-          {"stsd-hint", Make<BoxSTSD>, PayloadOf(Stsd(VisualEntry("rtp "))), "hint"},
-          {"stts", Make<BoxSTTS>, PayloadOf(Stts({{3, 100}, {2, 50}}))},
-          {"stts-video", Make<BoxSTTS>, PayloadOf(Stts({{3, 100}, {2, 50}})), "vide"},
-          {"stsc", Make<BoxSTSC>, PayloadOf(Stsc({{1, 2}, {3, 1}}))},
-          {"stsz", Make<BoxSTSZ>, PayloadOf(Stsz({1, 2, 3}))},
-          {"stsz-constant", Make<BoxSTSZ>, PayloadOf(StszConstant(9, 3))},
-          {"stss", Make<BoxSTSS>, PayloadOf(Stss({1, 3}))},
-          {"stco", MakeOffsets<mp4::FourCC("stco")>, PayloadOf(Stco({1, 3}))},
-          {"co64", MakeOffsets<mp4::FourCC("co64")>, PayloadOf(Co64({1, 3}))}};
+  return {
+      {"stsd-sound", Make<BoxSTSD>,
+       PayloadOf(fixture::Stsd(fixture::AudioEntry("mp4a", Esds(0x40))))},
+      {"stsd-alac", Make<BoxSTSD>,
+       PayloadOf(fixture::Stsd(fixture::AudioEntry("alac", Box("alac", Bytes().Fill(20)))))},
+      {"stsd-wave", Make<BoxSTSD>, PayloadOf(fixture::Stsd(fixture::AudioEntry("in24", Wave())))},
+      {"stsd-video", Make<BoxSTSD>,
+       PayloadOf(fixture::Stsd(fixture::VisualEntry("SVQ3", sequence))), "vide"},
+      {"stsd-hint", Make<BoxSTSD>, PayloadOf(fixture::Stsd(fixture::VisualEntry("rtp "))), "hint"},
+      {"stts", Make<BoxSTTS>, PayloadOf(fixture::Stts({{3, 100}, {2, 50}}))},
+      {"stts-video", Make<BoxSTTS>, PayloadOf(fixture::Stts({{3, 100}, {2, 50}})), "vide"},
+      {"stsc", Make<BoxSTSC>, PayloadOf(fixture::Stsc({{1, 2}, {3, 1}}))},
+      {"stsz", Make<BoxSTSZ>, PayloadOf(fixture::Stsz({1, 2, 3}))},
+      {"stsz-constant", Make<BoxSTSZ>, PayloadOf(fixture::StszConstant(9, 3))},
+      {"stss", Make<BoxSTSS>, PayloadOf(fixture::Stss({1, 3}))},
+      {"stco", MakeOffsets<mp4::FourCC("stco")>, PayloadOf(fixture::Stco({1, 3}))},
+      {"co64", MakeOffsets<mp4::FourCC("co64")>, PayloadOf(fixture::Co64({1, 3}))}};
 }
 
 /// Every box class at least once.

@@ -4,10 +4,10 @@
 #include <random>
 #include <vector>
 
-#include "tests/EntryTables.h"
 #include "tests/ReferenceTables.h"
+#include "tests/TableFixtures.h"
 
-namespace entry_tables {
+namespace fixture {
 
 /// Numbers for random tables: the same on every machine for one seed.
 class Dice {
@@ -100,6 +100,4 @@ class TwinTrack {
   reference::Track twin;
 };
 
-}  // namespace entry_tables
-
-using namespace entry_tables;
+}  // namespace fixture

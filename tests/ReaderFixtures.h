@@ -6,15 +6,6 @@
 #include "io/mmBufReader.h"
 #include "tests/Fixtures.h"
 
-/// A file reader over bytes of its own.
-struct FileReader {
-  explicit FileReader(const Bytes& bytes) : file(bytes) {
-    EXPECT_TRUE(reader.SetFilePath(file.wide().c_str()));
-  }
-  TempFile file;
-  Mp4StreamReader reader;
-};
-
 /// Runs a test body on a file reader and on a memory reader over the same bytes.
 template <class Body>
 void OnBothReaders(const Bytes& bytes, Body&& body) {

@@ -9,33 +9,9 @@
 #include "io/mmBufReader.h"
 #include "tests/Bytes.h"
 #include "tests/Fixtures.h"
+#include "tests/OneTrack.h"
 
-namespace sample_entries {
-
-/// A context with one current track.
-struct OneTrack {
-  explicit OneTrack(std::uint32_t handler = 0, bool quickTime = false)
-      : track(context.AddTrack(1)) {
-    context.SetCurrentTrack(1);
-    track->handlerType = handler;
-    if (quickTime) context.SetMovMode();
-  }
-  Mp4Context context;
-  Mp4Context::TRACK* track;
-
-  /// The content of extradata slot 0.
-  std::string ExtraData() const {
-    return std::string(reinterpret_cast<const char*>(track->extraData[0].get()),
-                       track->extraDataSize[0]);
-  }
-};
-
-/// A file open for reading.
-struct OpenFile {
-  explicit OpenFile(const Bytes& bytes) : file(bytes) { reader.SetFilePath(file.wide().c_str()); }
-  TempFile file;
-  Mp4StreamReader reader;
-};
+namespace fixture {
 
 inline std::string AsText(const Bytes& bytes) {
   return std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size());
@@ -96,6 +72,4 @@ inline Bytes EsdsPayload(unsigned objectType, const Bytes& info) {
       .Byte(2);
 }
 
-}  // namespace sample_entries
-
-using namespace sample_entries;
+}  // namespace fixture

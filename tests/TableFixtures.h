@@ -4,31 +4,54 @@
 #include <initializer_list>
 #include <vector>
 
-#include "boxes/base/Mp4Context.h"
-#include "boxes/tables/BoxSTCO.h"
-#include "boxes/tables/BoxSTSC.h"
+#include "boxes/base/SampleRecords.h"
 #include "io/FourCC.h"
 #include "io/mmBufReader.h"
 #include "tests/Bytes.h"
+#include "tests/OneTrack.h"
 
-namespace chunk_tables {
+/// Payloads of sample tables, whose counts need not be those of their rows. Whole tables with right
+/// counts are in MovieFixtures.h.
+namespace fixture {
 
-/// Table payloads, whole boxes and track records for the tests of the sample tables.
+/// Has a box read a whole payload from memory.
+template <class AnyBox>
+bool ReadPayload(AnyBox* box, const Bytes& payload, Mp4Context* context = nullptr) {
+  mmBufReader reader(payload.data(), payload.size());
+  return box->ReadData(&reader, static_cast<long long>(payload.size()), context);
+}
 
 /// Version, flags and a count before the rows.
 inline Bytes CountedRows(std::uint32_t count, const std::vector<std::uint32_t>& words) {
-  Bytes payload;
-  payload.Be32(0).Be32(count);
+  Bytes payload = Bytes().Be32(0).Be32(count);
   for (const std::uint32_t word : words) payload.Be32(word);
   return payload;
 }
 
+/// Payload of a time-to-sample box; `count` is what the box declares.
+using TimeRuns = std::vector<tagSTTS>;
+inline Bytes SttsPayload(std::uint32_t count, const TimeRuns& runs) {
+  Bytes payload = Bytes().Be32(0).Be32(count);
+  for (const auto& [samples, delta] : runs) payload.Be32(samples).Be32(delta);
+  return payload;
+}
+inline Bytes SttsPayload(const TimeRuns& runs) {
+  return SttsPayload(static_cast<std::uint32_t>(runs.size()), runs);
+}
+
 inline Bytes StscPayload(const std::vector<tagSTSC>& entries) {
-  Bytes payload;
-  payload.Be32(0).Be32(static_cast<std::uint32_t>(entries.size()));
+  Bytes payload = Bytes().Be32(0).Be32(static_cast<std::uint32_t>(entries.size()));
   for (const tagSTSC& entry : entries) {
     payload.Be32(entry.firstChunk).Be32(entry.samplesPerChunk).Be32(entry.sampleDescriptionIndex);
   }
+  return payload;
+}
+
+/// Payload of a sample size box.
+inline Bytes StszPayload(std::uint32_t constant, std::uint32_t count,
+                         std::initializer_list<std::uint32_t> sizes = {}) {
+  Bytes payload = Bytes().Be32(0).Be32(constant).Be32(count);
+  for (const std::uint32_t size : sizes) payload.Be32(size);
   return payload;
 }
 
@@ -37,66 +60,20 @@ inline Bytes StcoPayload(const std::vector<std::uint32_t>& offsets) {
 }
 
 inline Bytes Co64Payload(const std::vector<std::uint64_t>& offsets) {
-  Bytes payload;
-  payload.Be32(0).Be32(static_cast<std::uint32_t>(offsets.size()));
+  Bytes payload = Bytes().Be32(0).Be32(static_cast<std::uint32_t>(offsets.size()));
   for (const std::uint64_t offset : offsets) payload.Be64(offset);
   return payload;
 }
 
-/// {count, delta} pairs.
-inline Bytes SttsPayload(const std::vector<tagSTTS>& entries) {
-  Bytes payload;
-  payload.Be32(0).Be32(static_cast<std::uint32_t>(entries.size()));
-  for (const tagSTTS& entry : entries) payload.Be32(entry.sampleCount).Be32(entry.sampleDelta);
-  return payload;
-}
-
-inline Bytes StszPayload(const std::vector<std::uint32_t>& sizes) {
-  Bytes payload;
-  payload.Be32(0).Be32(0).Be32(static_cast<std::uint32_t>(sizes.size()));
-  for (const std::uint32_t size : sizes) payload.Be32(size);
-  return payload;
-}
-
-inline Bytes ConstantStszPayload(std::uint32_t size, std::uint32_t count) {
-  return Bytes().Be32(0).Be32(size).Be32(count);
-}
-
-inline Bytes StssPayload(const std::vector<std::uint32_t>& numbers) {
-  return CountedRows(static_cast<std::uint32_t>(numbers.size()), numbers);
+/// Payload of a sync sample box.
+inline Bytes StssPayload(std::uint32_t count, std::initializer_list<std::uint32_t> numbers = {}) {
+  return CountedRows(count, numbers);
 }
 
 /// A description without entries.
 inline Bytes EmptyStsd() { return Box("stsd", Bytes().Be32(0).Be32(0)); }
 
-/// Has a box read a whole payload from memory.
-template <class AnyBox>
-bool ReadFrom(AnyBox* box, const Bytes& payload, Mp4Context* context = nullptr) {
-  mmBufReader reader(payload.data(), payload.size());
-  return box->ReadData(&reader, static_cast<long long>(payload.size()), context);
-}
-
-/// A context whose one track, ID 1, is current.
-struct OneTrack {
-  explicit OneTrack(std::uint32_t handler) {
-    track = context.AddTrack(1);
-    context.SetCurrentTrack(1);
-    track->handlerType = handler;
-  }
-  /// QuickTime audio whose sample table counts the samples inside packets.
-  void Packetised(std::uint32_t samplesPerPacket, std::int32_t compressionId = 0) {
-    context.SetMovMode();
-    track->samplesPerPacket = samplesPerPacket;
-    track->compressionId = compressionId;
-  }
-
-  Mp4Context context;
-  Mp4Context::TRACK* track = nullptr;
-};
-
 inline constexpr std::uint32_t kSound = mp4::FourCC("soun");
 inline constexpr std::uint32_t kVideo = mp4::FourCC("vide");
 
-}  // namespace chunk_tables
-
-using namespace chunk_tables;
+}  // namespace fixture

@@ -6,6 +6,7 @@
 #include "io/mmBufReader.h"
 #include "tests/Bytes.h"
 #include "tests/MovieFixtures.h"
+#include "tests/OneTrack.h"
 
 namespace fixture {
 
@@ -22,14 +23,6 @@ inline Outcome ReadBox(BoxBase* box, const Bytes& bytes, Mp4Context* context) {
   const bool ok = box->ReadData(&reader, static_cast<long long>(bytes.size()) - 8, context);
   return {ok, reader.GetPos() - 8};
 }
-
-/// A context with one current track.
-struct OneTrack {
-  Mp4Context context;
-  Mp4Context::TRACK* track;
-
-  explicit OneTrack(int id = 1) : track(context.AddTrack(id)) { context.SetCurrentTrack(id); }
-};
 
 /// A media box put together by hand: a video track without any sample table.
 inline std::unique_ptr<BoxMDIA> HandMadeMedia(std::uint32_t timescale) {

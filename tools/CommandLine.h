@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "tools/JudgeOptions.h"
-#include "tools/SamplesCommand.h"
 
 namespace tool {
 
@@ -13,9 +12,5 @@ namespace tool {
 /// wrong, and what there is to say has been said.
 bool ParseJudgeArguments(const std::vector<std::string>& arguments, JudgeOptions* options,
                          int* status);
-
-/// The same for "mp4judge samples".
-bool ParseSamplesArguments(const std::vector<std::string>& arguments, SamplesOptions* options,
-                           int* status);
 
 }  // namespace tool

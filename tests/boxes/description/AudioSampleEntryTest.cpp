@@ -4,13 +4,16 @@
 #include "io/ScanControl.h"
 #include "tests/SampleEntries.h"
 
+using namespace fixture;
+
 namespace {
 
 constexpr bool kQuickTime = true;
 
 /// Reads an entry of `size` bytes from its format on, followed by 64 bytes of something else.
 struct Read {
-  Read(const Bytes& bytes, bool quickTime, long long size) : one(0, quickTime) {
+  Read(const Bytes& bytes, bool quickTime, long long size)
+      : one(0, quickTime ? MP4_FILE_MODE_MOV : MP4_FILE_MODE_UNKNOWN) {
     const Bytes all = bytes + Bytes().Fill(64, 0xAA);
     mmBufReader reader(all.data(), all.size());
     result = entry.ReadData(&reader, size, &one.context);
@@ -281,7 +284,7 @@ TEST(AudioSampleEntry, StartsTheAlacExtradataWithItsOwnWord) {
 
 TEST(AudioSampleEntry, KeepsTheBytesOfAlacThatExist) {
   OneTrack one;
-  OpenFile open(AudioFields("alac", 2, 16, 44100) + SizedBox(0x01000000, "alac", Bytes{1, 2, 3}));
+  FileReader open(AudioFields("alac", 2, 16, 44100) + SizedBox(0x01000000, "alac", Bytes{1, 2, 3}));
   BoxSTSD::AudioSampleEntry entry;
   EXPECT_TRUE(entry.ReadData(&open.reader, 0x01000020, &one.context));
   EXPECT_EQ(11U, one.track->extraDataSize[0]);
@@ -388,8 +391,8 @@ TEST(AudioSampleEntry, TakesASizeOfZeroAfterTheSearchAsTheRest) {
 }
 
 TEST(AudioSampleEntry, EndsItsSearchAtTheEndOfTheFileAsIfItWentOn) {
-  OneTrack one(0, kQuickTime);
-  OpenFile open(AudioFields("mp4a", 2, 16, 44100) + Box("abcd"));
+  OneTrack one(0, MP4_FILE_MODE_MOV);
+  FileReader open(AudioFields("mp4a", 2, 16, 44100) + Box("abcd"));
   BoxSTSD::AudioSampleEntry entry;
   // Steps of 4 from 40 up to 3999999993 end at 3999999996 with size 0, which then means 5. In the
   // file they move nothing: 40, then 3 bytes back over the child, then 8 forward to the end.
@@ -398,7 +401,7 @@ TEST(AudioSampleEntry, EndsItsSearchAtTheEndOfTheFileAsIfItWentOn) {
 }
 
 TEST(AudioSampleEntry, EndsItsSearchAtTheEndOfMemoryAsIfItWentOn) {
-  OneTrack one(0, kQuickTime);
+  OneTrack one(0, MP4_FILE_MODE_MOV);
   const Bytes bytes = AudioFields("mp4a", 2, 16, 44100) + Box("abcd");
   mmBufReader reader(bytes.data(), bytes.size());
   BoxSTSD::AudioSampleEntry entry;
@@ -433,7 +436,7 @@ TEST(AudioSampleEntry, FailsWithoutReader) {
 }
 
 TEST(AudioSampleEntry, FailsWhenTheAccountRefusesTheSearch) {
-  OneTrack one(0, kQuickTime);
+  OneTrack one(0, MP4_FILE_MODE_MOV);
   const Bytes bytes = AudioFields("mp4a", 2, 16, 44100).Fill(40, 7);
   mmBufReader reader(bytes.data(), bytes.size());
   mp4::ScanControl scan(static_cast<std::int64_t>(bytes.size()));

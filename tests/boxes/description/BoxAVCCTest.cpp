@@ -4,6 +4,8 @@
 #include "io/ScanControl.h"
 #include "tests/SampleEntries.h"
 
+using namespace fixture;
+
 namespace {
 
 const Bytes kPayload{1, 0x64, 0, 0x1F, 0xFF, 0xE1, 0, 1, 0x67, 1, 0, 1, 0x68};
@@ -38,7 +40,7 @@ TEST(BoxAVCC, LeavesTheTailOfItsBufferZero) {
 
 TEST(BoxAVCC, KeepsTheBytesThatExistAndReturnsToItsStart) {
   OneTrack one;
-  OpenFile open(kPayload);
+  FileReader open(kPayload);
   BoxAVCC box;
   EXPECT_TRUE(box.ReadData(&open.reader, 4000000000LL, &one.context));
   EXPECT_EQ(AsText(kPayload), one.ExtraData());

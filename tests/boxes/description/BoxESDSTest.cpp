@@ -4,6 +4,8 @@
 #include "io/ScanControl.h"
 #include "tests/SampleEntries.h"
 
+using namespace fixture;
+
 namespace {
 
 const Bytes kAac{0x12, 0x10};
@@ -157,7 +159,7 @@ TEST(BoxESDS, CountsTheBytesThatExist) {
   OneTrack one;
   // Up to the info's length byte: 4 + 2 + 2 + 1 + 2 + 13 + 2 = 26 bytes; it announces 127, 2 exist.
   Bytes payload = EsdsPayload(0x40, kAac).Cut(25).Byte(127).Append(kAac);
-  OpenFile open(payload);
+  FileReader open(payload);
   EXPECT_TRUE(BoxESDS().ReadData(&open.reader, 156, &one.context));
   EXPECT_EQ(AsText(kAac), one.ExtraData());
   // Declared: 26 + 127 + 3 = 156 bytes. Reading stopped at 28, then 3 bytes were skipped.

@@ -4,6 +4,8 @@
 #include "io/ScanControl.h"
 #include "tests/SampleEntries.h"
 
+using namespace fixture;
+
 namespace {
 
 constexpr std::uint32_t kVide = mp4::FourCC("vide");
@@ -109,7 +111,7 @@ TEST(BoxSTSD, EndsAtItsOwnEndWhenTheEntryReachesPastIt) {
   Bytes entry = Entry(AudioFields("mp4a", 2, 16, 44100));
   entry.PutBe32(0, 0x7FFFFFFF);
   OneTrack one(kSoun);
-  OpenFile open(Description(1, entry) + Bytes().Fill(20));
+  FileReader open(Description(1, entry) + Bytes().Fill(20));
   BoxSTSD box;
   EXPECT_TRUE(box.ReadData(&open.reader, 44, &one.context));
   EXPECT_EQ(44, open.reader.GetPos());

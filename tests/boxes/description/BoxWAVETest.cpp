@@ -4,6 +4,8 @@
 #include "io/ScanControl.h"
 #include "tests/SampleEntries.h"
 
+using namespace fixture;
+
 namespace {
 
 /// Reads `payload` as a wave atom of a track with `format`, followed by 64 bytes of something else.
@@ -91,14 +93,14 @@ TEST(BoxWAVE, SkipsAPayloadOfEightBytesOrLess) {
 
 TEST(BoxWAVE, EndsItsWalkAtTheEndOfTheSource) {
   OneTrack one;
-  OpenFile open(Bytes().Fill(16));
+  FileReader open(Bytes().Fill(16));
   EXPECT_TRUE(BoxWAVE().ReadData(&open.reader, 4000000000LL, &one.context));
   EXPECT_EQ(4000000000LL, open.reader.GetPos());  // 16 read, the rest skipped
 }
 
 TEST(BoxWAVE, EndsItsWalkPastTheEndOfTheSource) {
   OneTrack one;
-  OpenFile open(Bytes().Fill(16));
+  FileReader open(Bytes().Fill(16));
   open.reader.SetPos(20);
   EXPECT_TRUE(BoxWAVE().ReadData(&open.reader, 4000000000LL, &one.context));
   EXPECT_EQ(4000000020LL, open.reader.GetPos());
@@ -121,7 +123,7 @@ TEST(BoxWAVE, KeepsTheBytesOfQdm2ThatExist) {
   OneTrack one;
   one.track->format = mp4::FourCC("QDM2");
   const Bytes atom = SizedBox(0x10000000, "wave", Frma("QDM2"));
-  OpenFile open(atom);
+  FileReader open(atom);
   open.reader.SetPos(8);
   EXPECT_TRUE(BoxWAVE().ReadData(&open.reader, 0x10000000 - 8, &one.context));
   EXPECT_EQ(AsText(atom), one.ExtraData());

@@ -4,6 +4,8 @@
 #include "io/ScanControl.h"
 #include "tests/SampleEntries.h"
 
+using namespace fixture;
+
 namespace {
 
 /// Reads an entry of `size` bytes from its format on, followed by 64 bytes of something else.
@@ -176,7 +178,7 @@ TEST(VisualSampleEntry, StoresAnSvq3HeaderOfUpToAThousandBytes) {
 
 TEST(VisualSampleEntry, StoresNoSvq3HeaderThatEndsEarly) {
   OneTrack one;
-  OpenFile open(VisualFields("SVQ3") + SizedBox(116, "SMI ", Sequence(100, 50)));
+  FileReader open(VisualFields("SVQ3") + SizedBox(116, "SMI ", Sequence(100, 50)));
   BoxSTSD::VisualSampleEntry entry;
   EXPECT_TRUE(entry.ReadData(&open.reader, 198, &one.context));
   EXPECT_EQ(nullptr, one.track->extraData[0]);
@@ -190,7 +192,7 @@ TEST(VisualSampleEntry, ReplacesAChildOfTheSameKind) {
 
 TEST(VisualSampleEntry, ReadsZerosBehindTheEndOfTheFile) {
   OneTrack one;
-  OpenFile open(VisualFields("avc1").Cut(31));  // the width is whole, the height lacks a byte
+  FileReader open(VisualFields("avc1").Cut(31));  // the width is whole, the height lacks a byte
   BoxSTSD::VisualSampleEntry entry;
   EXPECT_TRUE(entry.ReadData(&open.reader, 82, &one.context));
   EXPECT_EQ(640U, one.track->videoWidth);

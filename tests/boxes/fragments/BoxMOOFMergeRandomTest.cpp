@@ -115,8 +115,8 @@ Bytes Fragment(Dice* dice) {
 }
 
 /// A movie of one track, equal for equal seeds.
-struct OneTrack {
-  explicit OneTrack(unsigned seed) {
+struct TwinMovie {
+  explicit TwinMovie(unsigned seed) {
     Dice dice(seed);
     if (dice.OneIn(2)) movie.context.SetMovMode();
     constexpr char kHandlers[3][5] = {"vide", "soun", "text"};
@@ -199,8 +199,8 @@ std::vector<std::int64_t> Numbers(const Mp4Context::TRACK& t) {
 TEST(BoxMOOFMergeRandom, MergingARunAtOnceAgreesWithSampleBySample) {
   for (unsigned seed = 0; seed < 1500 && !testing::Test::HasFailure(); ++seed) {
     SCOPED_TRACE(seed);
-    OneTrack merged(seed);
-    OneTrack plain(seed);
+    TwinMovie merged(seed);
+    TwinMovie plain(seed);
     Dice dice(seed + 1000000);
     for (std::uint32_t i = dice.Below(4); i > 0; --i) {
       fixture::PayloadRead<BoxTRAF> traf(Fragment(&dice));

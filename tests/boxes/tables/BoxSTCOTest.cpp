@@ -6,6 +6,8 @@
 #include "tests/Fixtures.h"
 #include "tests/TableFixtures.h"
 
+using namespace fixture;
+
 namespace {
 
 constexpr std::uint32_t kStco = mp4::FourCC("stco");
@@ -24,34 +26,34 @@ using Offsets = std::vector<std::uint64_t>;
 
 TEST(BoxSTCO, Reads32BitOffsets) {
   BoxSTCO box(kStco);
-  ASSERT_TRUE(ReadFrom(&box, StcoPayload({0x1000, 0x2000})));
+  ASSERT_TRUE(ReadPayload(&box, StcoPayload({0x1000, 0x2000})));
   EXPECT_EQ(box.GetChunkOffset(0), 0x1000u);
   EXPECT_EQ(box.GetChunkOffset(1), 0x2000u);
 }
 
 TEST(BoxSTCO, Reads64BitOffsets) {
   BoxSTCO box(kCo64);
-  ASSERT_TRUE(ReadFrom(&box, Co64Payload({0x100000000ULL, 0x8000000000000001ULL})));
+  ASSERT_TRUE(ReadPayload(&box, Co64Payload({0x100000000ULL, 0x8000000000000001ULL})));
   EXPECT_EQ(box.GetChunkOffset(0), 0x100000000ULL);
   EXPECT_EQ(box.GetChunkOffset(1), 0x8000000000000001ULL);
 }
 
 TEST(BoxSTCO, AnyOtherTypeHas64BitOffsets) {
   BoxSTCO box(mp4::FourCC("abcd"));
-  ASSERT_TRUE(ReadFrom(&box, Co64Payload({0x100000000ULL})));
+  ASSERT_TRUE(ReadPayload(&box, Co64Payload({0x100000000ULL})));
   EXPECT_EQ(box.GetChunkOffset(0), 0x100000000ULL);
   EXPECT_EQ(box.type, mp4::FourCC("abcd"));
 }
 
 TEST(BoxSTCO, ChunkPastTheEndIsAllOnes) {
   BoxSTCO box(kStco);
-  ASSERT_TRUE(ReadFrom(&box, StcoPayload({0x1000, 0x2000})));
+  ASSERT_TRUE(ReadPayload(&box, StcoPayload({0x1000, 0x2000})));
   EXPECT_EQ(box.GetChunkOffset(2), kNone);
 }
 
 TEST(BoxSTCO, NegativeChunkIsAllOnes) {
   BoxSTCO box(kStco);
-  ASSERT_TRUE(ReadFrom(&box, StcoPayload({0x1000})));
+  ASSERT_TRUE(ReadPayload(&box, StcoPayload({0x1000})));
   EXPECT_EQ(box.GetChunkOffset(-1), kNone);
   EXPECT_EQ(box.GetChunkOffset(INT32_MIN), kNone);
 }
@@ -82,14 +84,14 @@ TEST(BoxSTCO, BodyShorterThanItsHeaderReadsNothingAndStandsAtItsEnd) {
 
 TEST(BoxSTCO, CountIsClampedToTheEntriesHeld) {
   BoxSTCO box(kStco);
-  ASSERT_TRUE(ReadFrom(&box, CountedRows(0x7FFFFFFF, {0x1000, 0x2000}).Fill(3, 0xEE)));
+  ASSERT_TRUE(ReadPayload(&box, CountedRows(0x7FFFFFFF, {0x1000, 0x2000}).Fill(3, 0xEE)));
   EXPECT_EQ(box.GetChunkOffset(1), 0x2000u);
   EXPECT_EQ(box.GetChunkOffset(2), kNone);
 }
 
 TEST(BoxSTCO, EntriesBehindTheCountAreNotChunks) {
   BoxSTCO box(kStco);
-  ASSERT_TRUE(ReadFrom(&box, CountedRows(1, {0x1000, 0x2000})));
+  ASSERT_TRUE(ReadPayload(&box, CountedRows(1, {0x1000, 0x2000})));
   EXPECT_EQ(box.GetChunkOffset(0), 0x1000u);
   EXPECT_EQ(box.GetChunkOffset(1), kNone);
 }
@@ -97,7 +99,7 @@ TEST(BoxSTCO, EntriesBehindTheCountAreNotChunks) {
 TEST(BoxSTCO, CountWithTheSignBitHoldsNothing) {
   OneTrack sound(kSound);
   BoxSTCO box(kStco);
-  ASSERT_TRUE(ReadFrom(&box, CountedRows(0xFFFFFFFF, {0x1000, 0x2000}), &sound.context));
+  ASSERT_TRUE(ReadPayload(&box, CountedRows(0xFFFFFFFF, {0x1000, 0x2000}), &sound.context));
   EXPECT_EQ(box.GetChunkOffset(0), kNone);
   EXPECT_TRUE(sound.track->chunkOffsetTable.empty());
 }
@@ -123,8 +125,8 @@ TEST(BoxSTCO, ReaderStandsBehindThePayload) {
 TEST(BoxSTCO, SecondReadReplacesTheFirst) {
   OneTrack sound(kSound);
   BoxSTCO box(kStco);
-  ASSERT_TRUE(ReadFrom(&box, StcoPayload({1, 2, 3}), &sound.context));
-  ASSERT_TRUE(ReadFrom(&box, StcoPayload({7, 8, 9}), &sound.context));
+  ASSERT_TRUE(ReadPayload(&box, StcoPayload({1, 2, 3}), &sound.context));
+  ASSERT_TRUE(ReadPayload(&box, StcoPayload({7, 8, 9}), &sound.context));
   EXPECT_EQ(box.GetChunkOffset(0), 7u);
   EXPECT_EQ(Published(*sound.track), (Offsets{7, 8, 9}));
 }
@@ -132,7 +134,7 @@ TEST(BoxSTCO, SecondReadReplacesTheFirst) {
 TEST(BoxSTCO, PublishesTheOffsetsOfAudioAfterReadingAndAfterEveryAppend) {
   OneTrack sound(kSound);
   BoxSTCO box(kStco);
-  ASSERT_TRUE(ReadFrom(&box, StcoPayload({10, 20}), &sound.context));
+  ASSERT_TRUE(ReadPayload(&box, StcoPayload({10, 20}), &sound.context));
   EXPECT_EQ(Published(*sound.track), (Offsets{10, 20}));
   box.AppendChunk(30);
   EXPECT_EQ(Published(*sound.track), (Offsets{10, 20, 30}));
@@ -144,7 +146,7 @@ TEST(BoxSTCO, PublishesTheOffsetsOfAudioAfterReadingAndAfterEveryAppend) {
 TEST(BoxSTCO, PublishesNothingForVideo) {
   OneTrack video(kVideo);
   BoxSTCO box(kStco);
-  ASSERT_TRUE(ReadFrom(&box, StcoPayload({10, 20}), &video.context));
+  ASSERT_TRUE(ReadPayload(&box, StcoPayload({10, 20}), &video.context));
   box.AppendChunk(30);
   EXPECT_TRUE(video.track->chunkOffsetTable.empty());
 }
@@ -152,7 +154,7 @@ TEST(BoxSTCO, PublishesNothingForVideo) {
 TEST(BoxSTCO, PublishesNothingWithoutACurrentTrack) {
   Mp4Context context;
   BoxSTCO box(kStco);
-  ASSERT_TRUE(ReadFrom(&box, StcoPayload({10}), &context));
+  ASSERT_TRUE(ReadPayload(&box, StcoPayload({10}), &context));
   box.AppendChunk(20);
   EXPECT_EQ(box.GetChunkOffset(1), 20u);
 }
@@ -161,15 +163,15 @@ TEST(BoxSTCO, EmptyTableEmptiesTheSequence) {
   OneTrack sound(kSound);
   sound.track->chunkOffsetTable.push_back({5});
   BoxSTCO box(kStco);
-  ASSERT_TRUE(ReadFrom(&box, StcoPayload({}), &sound.context));
+  ASSERT_TRUE(ReadPayload(&box, StcoPayload({}), &sound.context));
   EXPECT_TRUE(sound.track->chunkOffsetTable.empty());
 }
 
 TEST(BoxSTCO, SequenceFilledByAnotherBoxIsFilledAgain) {
   OneTrack sound(kSound);
   BoxSTCO first(kStco), second(kCo64);
-  ASSERT_TRUE(ReadFrom(&first, StcoPayload({1, 2}), &sound.context));
-  ASSERT_TRUE(ReadFrom(&second, Co64Payload({7, 8}), &sound.context));
+  ASSERT_TRUE(ReadPayload(&first, StcoPayload({1, 2}), &sound.context));
+  ASSERT_TRUE(ReadPayload(&second, Co64Payload({7, 8}), &sound.context));
   EXPECT_EQ(Published(*sound.track), (Offsets{7, 8}));
   first.AppendChunk(3);
   EXPECT_EQ(Published(*sound.track), (Offsets{1, 2, 3}));
@@ -180,7 +182,7 @@ TEST(BoxSTCO, SequenceFilledByAnotherBoxIsFilledAgain) {
 TEST(BoxSTCO, SequenceEmptiedByTheCallerIsFilledAgain) {
   OneTrack sound(kSound);
   BoxSTCO box(kStco);
-  ASSERT_TRUE(ReadFrom(&box, StcoPayload({1, 2}), &sound.context));
+  ASSERT_TRUE(ReadPayload(&box, StcoPayload({1, 2}), &sound.context));
   sound.track->chunkOffsetTable.clear();
   box.OptimizeAudio();
   EXPECT_EQ(Published(*sound.track), (Offsets{1, 2}));
@@ -189,7 +191,7 @@ TEST(BoxSTCO, SequenceEmptiedByTheCallerIsFilledAgain) {
 TEST(BoxSTCO, HandlerMetAfterTheTableStartsPublishing) {
   OneTrack track(kVideo);
   BoxSTCO box(kStco);
-  ASSERT_TRUE(ReadFrom(&box, StcoPayload({1, 2}), &track.context));
+  ASSERT_TRUE(ReadPayload(&box, StcoPayload({1, 2}), &track.context));
   track.track->handlerType = kSound;
   box.AppendChunk(3);
   EXPECT_EQ(Published(*track.track), (Offsets{1, 2, 3}));
@@ -198,7 +200,7 @@ TEST(BoxSTCO, HandlerMetAfterTheTableStartsPublishing) {
 TEST(BoxSTCO, AppendedOffsetAbove4GiBLosesItsUpperHalfInA32BitTable) {
   OneTrack sound(kSound);
   BoxSTCO box(kStco);
-  ASSERT_TRUE(ReadFrom(&box, StcoPayload({}), &sound.context));
+  ASSERT_TRUE(ReadPayload(&box, StcoPayload({}), &sound.context));
   box.AppendChunk(0x100000010ULL);
   EXPECT_EQ(box.GetChunkOffset(0), 0x10u);
   EXPECT_EQ(Published(*sound.track), (Offsets{0x10}));
@@ -206,7 +208,7 @@ TEST(BoxSTCO, AppendedOffsetAbove4GiBLosesItsUpperHalfInA32BitTable) {
 
 TEST(BoxSTCO, AppendKeepsAll64BitsInA64BitTable) {
   BoxSTCO box(kCo64);
-  ASSERT_TRUE(ReadFrom(&box, Co64Payload({1})));
+  ASSERT_TRUE(ReadPayload(&box, Co64Payload({1})));
   box.AppendChunk(0x8000000100000010ULL);
   EXPECT_EQ(box.GetChunkOffset(1), 0x8000000100000010ULL);
 }
@@ -221,7 +223,7 @@ TEST(BoxSTCO, AppendWithoutABoxReadMakesTheTable) {
 
 TEST(BoxSTCO, AppendFollowsTheWholeEntriesWhateverPaddingFollows) {
   BoxSTCO box(kStco);
-  ASSERT_TRUE(ReadFrom(&box, StcoPayload({0x1000}).Fill(3, 0xEE)));
+  ASSERT_TRUE(ReadPayload(&box, StcoPayload({0x1000}).Fill(3, 0xEE)));
   box.AppendChunk(0x2000);
   EXPECT_EQ(box.GetChunkOffset(1), 0x2000u);
 }

@@ -7,6 +7,8 @@
 #include "tests/ReferenceCursor.h"
 #include "tests/TableFixtures.h"
 
+using namespace fixture;
+
 namespace {
 
 using Random = std::mt19937;
@@ -21,7 +23,7 @@ class Pair {
     if (packet > 0) sound.Packetised(packet);
     Bytes payload = StscPayload(entries);
     payload.PutBe32(4, count);
-    EXPECT_TRUE(ReadFrom(&box, payload, &sound.context));
+    EXPECT_TRUE(ReadPayload(&box, payload, &sound.context));
     for (const tagSTSC& entry : entries) plain.Add(entry);
     if (packet > 0) plain.divisor = static_cast<std::int32_t>(packet);
     plain.count = std::min(static_cast<std::int32_t>(count), plain.count);

@@ -7,6 +7,8 @@
 #include "tests/Fixtures.h"
 #include "tests/TableFixtures.h"
 
+using namespace fixture;
+
 namespace {
 
 /// The chunk of each of the first `n` samples.
@@ -67,7 +69,7 @@ TEST(BoxSTSC, FreshBoxStandsOnSampleZeroOfChunkZero) {
 
 TEST(BoxSTSC, EmptyTableReadsAsOneEntryOfZeros) {
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, StscPayload({})));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload({})));
   EXPECT_EQ(box.ReadyToDemux(), 1);
   EXPECT_EQ(PlaceOf(&box), Place(0, 0xFFFFFFFF, 0));
   EXPECT_EQ(box.NextSample(), 1u);
@@ -76,13 +78,13 @@ TEST(BoxSTSC, EmptyTableReadsAsOneEntryOfZeros) {
 
 TEST(BoxSTSC, StepsThroughRunsOfChunks) {
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, StscPayload({{1, 2, 1}, {3, 1, 1}})));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload({{1, 2, 1}, {3, 1, 1}})));
   EXPECT_EQ(ChunksOf(&box, 7), (Chunks{0, 0, 1, 1, 2, 3, 4}));
 }
 
 TEST(BoxSTSC, SingleRunServesEveryChunk) {
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, StscPayload({{1, 5, 1}})));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload({{1, 5, 1}})));
   box.ReadyToDemux();
   for (unsigned i = 1; i < 60; ++i) {
     EXPECT_EQ(box.NextSample(), i);
@@ -92,13 +94,13 @@ TEST(BoxSTSC, SingleRunServesEveryChunk) {
 
 TEST(BoxSTSC, LastRunServesAllChunksBehindIt) {
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, StscPayload({{1, 1, 1}, {2, 3, 1}, {3, 2, 1}})));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload({{1, 1, 1}, {2, 3, 1}, {3, 2, 1}})));
   EXPECT_EQ(ChunksOf(&box, 9), (Chunks{0, 1, 1, 1, 2, 2, 3, 3, 4}));
 }
 
 TEST(BoxSTSC, ReadyToDemuxStartsOver) {
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, StscPayload({{1, 2, 1}, {3, 1, 1}})));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload({{1, 2, 1}, {3, 1, 1}})));
   ChunksOf(&box, 6);
   EXPECT_EQ(box.ReadyToDemux(), 1);
   EXPECT_EQ(PlaceOf(&box), Place(0, 0, 0));
@@ -107,7 +109,7 @@ TEST(BoxSTSC, ReadyToDemuxStartsOver) {
 
 TEST(BoxSTSC, ChunkOfZeroSamplesNeverEnds) {
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, StscPayload({{1, 0, 1}, {2, 1, 1}})));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload({{1, 0, 1}, {2, 1, 1}})));
   box.ReadyToDemux();
   for (int i = 0; i < 1000; ++i) box.NextSample();
   EXPECT_EQ(PlaceOf(&box), Place(1000, 0, 0));
@@ -117,7 +119,7 @@ TEST(BoxSTSC, ChunkOfZeroSamplesNeverEnds) {
 
 TEST(BoxSTSC, ChunkOfNegativeSamplesIsNotReachedBySeeking) {
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, StscPayload({{1, 0x80000000, 1}, {2, 1, 1}})));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload({{1, 0x80000000, 1}, {2, 1, 1}})));
   box.ReadyToDemux();
   box.Seek(0x7FFFFFFF);
   EXPECT_EQ(PlaceOf(&box), Place(0x7FFFFFFF, 0, 0));
@@ -127,7 +129,7 @@ TEST(BoxSTSC, ChunkOfNegativeSamplesIsNotReachedBySeeking) {
 
 TEST(BoxSTSC, RunWhoseFirstChunkIsNotAheadIsNeverEntered) {
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, StscPayload({{5, 2, 1}, {5, 1, 1}, {7, 1, 1}})));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload({{5, 2, 1}, {5, 1, 1}, {7, 1, 1}})));
   EXPECT_EQ(ChunksOf(&box, 6), (Chunks{4, 4, 5, 5, 6, 6}));
   box.Seek(2000000001);
   EXPECT_EQ(PlaceOf(&box), Place(2000000001, 1000000004, 2000000000));
@@ -135,19 +137,19 @@ TEST(BoxSTSC, RunWhoseFirstChunkIsNotAheadIsNeverEntered) {
 
 TEST(BoxSTSC, FirstChunkZeroWrapsAndGoesOn) {
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, StscPayload({{0, 2, 1}, {1, 1, 1}})));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload({{0, 2, 1}, {1, 1, 1}})));
   EXPECT_EQ(ChunksOf(&box, 5), (Chunks{0xFFFFFFFF, 0xFFFFFFFF, 0, 1, 2}));
 }
 
 TEST(BoxSTSC, FirstChunkIsNotRequiredToBeOne) {
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, StscPayload({{0x80000000, 1, 1}})));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload({{0x80000000, 1, 1}})));
   EXPECT_EQ(ChunksOf(&box, 2), (Chunks{0x7FFFFFFF, 0x80000000}));
 }
 
 TEST(BoxSTSC, SeekWalksForwardFromThePresentPosition) {
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, StscPayload({{1, 2, 1}, {3, 4, 1}})));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload({{1, 2, 1}, {3, 4, 1}})));
   box.ReadyToDemux();
   box.Seek(3);
   EXPECT_EQ(PlaceOf(&box), Place(3, 1, 2));
@@ -157,7 +159,7 @@ TEST(BoxSTSC, SeekWalksForwardFromThePresentPosition) {
 
 TEST(BoxSTSC, SeekBackStartsOver) {
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, StscPayload({{1, 2, 1}, {3, 4, 1}})));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload({{1, 2, 1}, {3, 4, 1}})));
   box.ReadyToDemux();
   box.Seek(10);
   EXPECT_EQ(PlaceOf(&box), Place(10, 3, 8));
@@ -169,7 +171,7 @@ TEST(BoxSTSC, SeekBackStartsOver) {
 
 TEST(BoxSTSC, SeekToTheCurrentSampleStays) {
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, StscPayload({{1, 2, 1}})));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload({{1, 2, 1}})));
   box.ReadyToDemux();
   box.Seek(5);
   box.Seek(5);
@@ -178,7 +180,7 @@ TEST(BoxSTSC, SeekToTheCurrentSampleStays) {
 
 TEST(BoxSTSC, SeekToANegativeSampleIsSeekToZero) {
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, StscPayload({{1, 2, 1}})));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload({{1, 2, 1}})));
   box.ReadyToDemux();
   box.Seek(5);
   box.Seek(-7);
@@ -187,7 +189,7 @@ TEST(BoxSTSC, SeekToANegativeSampleIsSeekToZero) {
 
 TEST(BoxSTSC, SeekForwardWithoutReadyToDemuxStaysInTheFreshCursor) {
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, StscPayload({{4, 2, 1}})));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload({{4, 2, 1}})));
   box.Seek(3);
   EXPECT_EQ(PlaceOf(&box), Place(3, 0, 0));
   box.Seek(2);
@@ -198,7 +200,7 @@ TEST(BoxSTSC, SeeksAcrossManyRuns) {
   std::vector<tagSTSC> entries;
   for (unsigned i = 0; i < 1000; ++i) entries.push_back({2 * i + 1, i % 2 + 1, 1});
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, StscPayload(entries)));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload(entries)));
   box.ReadyToDemux();
   box.Seek(2999);  // runs of 2 + 4 samples in two chunks each: sample 2999 is the last of run 999
   EXPECT_EQ(PlaceOf(&box), Place(2999, 1999, 2998));
@@ -213,21 +215,21 @@ TEST(BoxSTSC, SeeksAcrossManyRuns) {
 TEST(BoxSTSC, CountIsClampedToTheEntriesHeld) {
   OneTrack sound(kSound);
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, CountedRows(0x7FFFFFFF, {1, 2, 1, 3, 1, 1, 9}), &sound.context));
+  ASSERT_TRUE(ReadPayload(&box, CountedRows(0x7FFFFFFF, {1, 2, 1, 3, 1, 1, 9}), &sound.context));
   EXPECT_EQ(Published(*sound.track), (Rows{{1, 2, 1}, {3, 1, 1}}));
   EXPECT_EQ(ChunksOf(&box, 7), (Chunks{0, 0, 1, 1, 2, 3, 4}));
 }
 
 TEST(BoxSTSC, EntriesBehindTheCountAreNotEntered) {
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, CountedRows(1, {1, 2, 1, 2, 1, 1})));
+  ASSERT_TRUE(ReadPayload(&box, CountedRows(1, {1, 2, 1, 2, 1, 1})));
   EXPECT_EQ(ChunksOf(&box, 6), (Chunks{0, 0, 1, 1, 2, 2}));
 }
 
 TEST(BoxSTSC, CountWithTheSignBitPublishesAndEntersNothing) {
   OneTrack sound(kSound);
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, CountedRows(0xFFFFFFFF, {1, 2, 1, 2, 1, 1}), &sound.context));
+  ASSERT_TRUE(ReadPayload(&box, CountedRows(0xFFFFFFFF, {1, 2, 1, 2, 1, 1}), &sound.context));
   EXPECT_TRUE(sound.track->sampleToChunkTable.empty());
   EXPECT_EQ(ChunksOf(&box, 6), (Chunks{0, 0, 1, 1, 2, 2}));
 }
@@ -249,11 +251,11 @@ TEST(BoxSTSC, SecondReadForgetsWhatSeeksFoundInTheFirst) {
     twos.push_back({i, 2, 1});
   }
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, StscPayload(ones)));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload(ones)));
   box.ReadyToDemux();
   box.Seek(190);
   EXPECT_EQ(PlaceOf(&box), Place(190, 190, 190));
-  ASSERT_TRUE(ReadFrom(&box, StscPayload(twos)));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload(twos)));
   box.ReadyToDemux();
   box.Seek(190);
   EXPECT_EQ(PlaceOf(&box), Place(190, 95, 190));
@@ -263,9 +265,9 @@ TEST(BoxSTSC, SecondReadForgetsWhatSeeksFoundInTheFirst) {
 /// chunk 0, takes the first word there for its count.
 TEST(BoxSTSC, SecondReadUnderACursorReadsOnFromTheStart) {
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, StscPayload({{0, 2, 1}})));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload({{0, 2, 1}})));
   box.ReadyToDemux();
-  ASSERT_TRUE(ReadFrom(&box, StscPayload({{3, 5, 1}, {9, 9, 1}})));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload({{3, 5, 1}, {9, 9, 1}})));
   std::vector<unsigned> chunks;
   for (int i = 0; i < 6; ++i) {
     chunks.push_back(box.GetCurChunkIndex());
@@ -278,14 +280,14 @@ TEST(BoxSTSC, PublishesTheEntriesOfAudio) {
   OneTrack sound(kSound);
   sound.track->sampleToChunkTable.push_back({9, 9, 9});
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, StscPayload({{1, 2, 1}, {3, 1, 2}}), &sound.context));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload({{1, 2, 1}, {3, 1, 2}}), &sound.context));
   EXPECT_EQ(Published(*sound.track), (Rows{{1, 2, 1}, {3, 1, 2}}));
 }
 
 TEST(BoxSTSC, PublishesNothingForVideo) {
   OneTrack video(kVideo);
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, StscPayload({{1, 2, 1}}), &video.context));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload({{1, 2, 1}}), &video.context));
   box.AppendSampleToChunk(1, 2);
   EXPECT_TRUE(video.track->sampleToChunkTable.empty());
 }
@@ -293,7 +295,7 @@ TEST(BoxSTSC, PublishesNothingForVideo) {
 TEST(BoxSTSC, PublishesNothingWithoutACurrentTrack) {
   Mp4Context context;
   BoxSTSC box;
-  EXPECT_TRUE(ReadFrom(&box, StscPayload({{1, 2, 1}}), &context));
+  EXPECT_TRUE(ReadPayload(&box, StscPayload({{1, 2, 1}}), &context));
   box.AppendSampleToChunk(1, 2);
   EXPECT_EQ(ChunksOf(&box, 3), (Chunks{0, 0, 1}));
 }
@@ -302,7 +304,7 @@ TEST(BoxSTSC, PacketisedQuickTimeAudioCountsPackets) {
   OneTrack sound(kSound);
   sound.Packetised(64);
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, StscPayload({{1, 4096, 1}, {2, 130, 1}}), &sound.context));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload({{1, 4096, 1}, {2, 130, 1}}), &sound.context));
   EXPECT_EQ(Published(*sound.track), (Rows{{1, 64, 1}, {2, 2, 1}}));
   box.ReadyToDemux();
   box.Seek(63);
@@ -317,11 +319,11 @@ TEST(BoxSTSC, PacketDivisionIsSigned) {
   OneTrack sound(kSound);
   sound.Packetised(2);
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, StscPayload({{1, 0xFFFFFFFB, 1}}), &sound.context));  // -5 / 2 = -2
+  ASSERT_TRUE(ReadPayload(&box, StscPayload({{1, 0xFFFFFFFB, 1}}), &sound.context));  // -5 / 2 = -2
   EXPECT_EQ(Published(*sound.track), (Rows{{1, 0xFFFFFFFE, 1}}));
   sound.Packetised(0x80000000);  // negative: not packetised
   BoxSTSC undivided;
-  ASSERT_TRUE(ReadFrom(&undivided, StscPayload({{1, 8, 1}}), &sound.context));
+  ASSERT_TRUE(ReadPayload(&undivided, StscPayload({{1, 8, 1}}), &sound.context));
   EXPECT_EQ(Published(*sound.track), (Rows{{1, 8, 1}}));
 }
 
@@ -330,19 +332,19 @@ TEST(BoxSTSC, CountsStayOutsidePacketisedQuickTimeAudio) {
   OneTrack notQuickTime(kSound);
   notQuickTime.track->samplesPerPacket = 64;
   BoxSTSC first;
-  ASSERT_TRUE(ReadFrom(&first, payload, &notQuickTime.context));
+  ASSERT_TRUE(ReadPayload(&first, payload, &notQuickTime.context));
   EXPECT_EQ(Published(*notQuickTime.track), (Rows{{1, 4096, 1}}));
 
   OneTrack variable(kSound);
   variable.Packetised(64, -2);
   BoxSTSC second;
-  ASSERT_TRUE(ReadFrom(&second, payload, &variable.context));
+  ASSERT_TRUE(ReadPayload(&second, payload, &variable.context));
   EXPECT_EQ(Published(*variable.track), (Rows{{1, 4096, 1}}));
 
   OneTrack video(kVideo);
   video.Packetised(64);
   BoxSTSC third;
-  ASSERT_TRUE(ReadFrom(&third, payload, &video.context));
+  ASSERT_TRUE(ReadPayload(&third, payload, &video.context));
   third.ReadyToDemux();
   third.Seek(64);
   EXPECT_EQ(PlaceOf(&third), Place(64, 0, 0));
@@ -351,7 +353,7 @@ TEST(BoxSTSC, CountsStayOutsidePacketisedQuickTimeAudio) {
 TEST(BoxSTSC, AppendAddsAnEntryForTheChunkAfterTheLast) {
   OneTrack sound(kSound);
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, StscPayload({{7, 3, 2}}), &sound.context));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload({{7, 3, 2}}), &sound.context));
   box.AppendSampleToChunk(1, 8);
   EXPECT_EQ(Published(*sound.track), (Rows{{7, 3, 2}, {8, 8, 1}}));
   EXPECT_EQ(ChunksOf(&box, 12), (Chunks{6, 6, 6, 7, 7, 7, 7, 7, 7, 7, 7, 8}));
@@ -360,7 +362,7 @@ TEST(BoxSTSC, AppendAddsAnEntryForTheChunkAfterTheLast) {
 TEST(BoxSTSC, AppendNeverMergesEntries) {
   OneTrack sound(kSound);
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, StscPayload({{1, 3, 1}}), &sound.context));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload({{1, 3, 1}}), &sound.context));
   box.AppendSampleToChunk(1, 3);
   box.AppendSampleToChunk(1, 3);
   EXPECT_EQ(Published(*sound.track), (Rows{{1, 3, 1}, {2, 3, 1}, {3, 3, 1}}));
@@ -373,7 +375,7 @@ TEST(BoxSTSC, AppendOnAnEmptyTableStartsAtChunkOne) {
   EXPECT_EQ(ChunksOf(&unread, 5), (Chunks{0, 0, 1, 2, 3}));
   OneTrack sound(kSound);
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, StscPayload({}), &sound.context));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload({}), &sound.context));
   box.AppendSampleToChunk(5, 2);
   EXPECT_EQ(Published(*sound.track), (Rows{{1, 2, 5}}));
 }
@@ -382,7 +384,7 @@ TEST(BoxSTSC, AppendedCountIsDividedByPacketInTheSequence) {
   OneTrack sound(kSound);
   sound.Packetised(64);
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, StscPayload({{1, 128, 1}}), &sound.context));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload({{1, 128, 1}}), &sound.context));
   box.AppendSampleToChunk(1, 192);
   EXPECT_EQ(Published(*sound.track), (Rows{{1, 2, 1}, {2, 3, 1}}));
   EXPECT_EQ(ChunksOf(&box, 6), (Chunks{0, 0, 1, 1, 1, 2}));
@@ -390,7 +392,7 @@ TEST(BoxSTSC, AppendedCountIsDividedByPacketInTheSequence) {
 
 TEST(BoxSTSC, AppendFollowsTheWholeEntriesWhateverPaddingFollows) {
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, StscPayload({{1, 2, 1}}).Fill(7, 0xEE)));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload({{1, 2, 1}}).Fill(7, 0xEE)));
   box.AppendSampleToChunk(1, 1);
   EXPECT_EQ(ChunksOf(&box, 4), (Chunks{0, 0, 1, 2}));
 }
@@ -398,14 +400,14 @@ TEST(BoxSTSC, AppendFollowsTheWholeEntriesWhateverPaddingFollows) {
 TEST(BoxSTSC, FirstChunkOfAnAppendWraps) {
   OneTrack sound(kSound);
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, StscPayload({{0xFFFFFFFF, 3, 2}}), &sound.context));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload({{0xFFFFFFFF, 3, 2}}), &sound.context));
   box.AppendSampleToChunk(1, 8);
   EXPECT_EQ(Published(*sound.track), (Rows{{0xFFFFFFFF, 3, 2}, {0, 8, 1}}));
 }
 
 TEST(BoxSTSC, CursorInTheLastEntryDoesNotSeeAnAppend) {
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, StscPayload({{1, 2, 1}})));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload({{1, 2, 1}})));
   box.ReadyToDemux();
   box.AppendSampleToChunk(1, 1);
   box.Seek(5);
@@ -416,7 +418,7 @@ TEST(BoxSTSC, CursorInTheLastEntryDoesNotSeeAnAppend) {
 
 TEST(BoxSTSC, CursorBeforeTheLastEntrySeesAnAppend) {
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, StscPayload({{1, 2, 1}, {2, 1, 1}})));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload({{1, 2, 1}, {2, 1, 1}})));
   box.ReadyToDemux();
   box.AppendSampleToChunk(1, 3);
   box.Seek(7);
@@ -427,7 +429,7 @@ TEST(BoxSTSC, CursorBeforeTheLastEntrySeesAnAppend) {
 /// added by then is read on from where reading stopped, its first chunk taken for its count.
 TEST(BoxSTSC, CursorThatMeetsAnAppendWithoutItsNextRunReadsOnWhereItStopped) {
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, StscPayload({{0, 2, 1}})));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload({{0, 2, 1}})));
   box.ReadyToDemux();
   box.AppendSampleToChunk(1, 9);  // {1, 9, 1}
   std::vector<unsigned> chunks;
@@ -440,7 +442,7 @@ TEST(BoxSTSC, CursorThatMeetsAnAppendWithoutItsNextRunReadsOnWhereItStopped) {
 
 TEST(BoxSTSC, SeekBetweenAppendsFindsTheNewRuns) {
   BoxSTSC box;
-  ASSERT_TRUE(ReadFrom(&box, StscPayload({{1, 1, 1}})));
+  ASSERT_TRUE(ReadPayload(&box, StscPayload({{1, 1, 1}})));
   box.ReadyToDemux();
   for (unsigned k = 1; k < 300; ++k) {
     box.AppendSampleToChunk(1, 2);  // chunk 0 has one sample, all later ones two

@@ -4,7 +4,10 @@
 
 #include "boxes/tables/BoxSTSS.h"
 #include "io/ScanControl.h"
-#include "tests/EntryTables.h"
+#include "tests/Fixtures.h"
+#include "tests/TableFixtures.h"
+
+using namespace fixture;
 
 TEST(BoxSTSS, FailsWithoutReader) {
   BoxSTSS box;
@@ -136,7 +139,7 @@ TEST(BoxSTSS, CountBeyondTheBoxReadsOnAndStepsBack) {
 
 TEST(BoxSTSS, CountBeyondTheSourceKeepsTheWholeRowsThatExist) {
   OneTrack video("vide");
-  OpenedFile opened(StssPayload(0x40000000, {1, 31}).Fill(3));
+  FileReader opened(StssPayload(0x40000000, {1, 31}).Fill(3));
   BoxSTSS box;
   // 19 bytes of file; from its end the reader steps back by 19 - (4 * 2^30 + 8), before the start,
   // where a file cannot go.
@@ -147,7 +150,7 @@ TEST(BoxSTSS, CountBeyondTheSourceKeepsTheWholeRowsThatExist) {
 }
 
 TEST(BoxSTSS, ShortFileStepsBackByTheDeclaredLength) {
-  OpenedFile opened(Bytes().Fill(40) + StssPayload(5, {1, 31}));
+  FileReader opened(Bytes().Fill(40) + StssPayload(5, {1, 31}));
   opened.reader.SetPos(40);
   BoxSTSS box;
   // Read to the end at 56, then 16 - 28 = -12.
@@ -157,7 +160,7 @@ TEST(BoxSTSS, ShortFileStepsBackByTheDeclaredLength) {
 
 TEST(BoxSTSS, NoWholeRowLeftMarksTheTrack) {
   OneTrack video("vide");
-  OpenedFile opened(StssPayload(5).Fill(3));
+  FileReader opened(StssPayload(5).Fill(3));
   BoxSTSS box;
   ASSERT_TRUE(box.ReadData(&opened.reader, 28, &video.context));
   EXPECT_EQ(video.track->syncTableState, -1);
@@ -170,7 +173,7 @@ TEST(BoxSTSS, JudgingKeepsStateAndPosition) {
     const Bytes bytes = Bytes().Fill(40) + StssPayload(count, {1, 31});
     OneTrack full("vide");
     OneTrack judged("vide");
-    OpenedFile opened(bytes);
+    FileReader opened(bytes);
     BoxSTSS box;
     opened.reader.SetPos(40);
     ASSERT_TRUE(box.ReadData(&opened.reader, 16, &full.context));

@@ -3,6 +3,8 @@
 #include "boxes/tables/BoxSTSZ.h"
 #include "tests/RandomTables.h"
 
+using namespace fixture;
+
 namespace {
 
 /// One random table in a box and in the reference. Constant counts stay small: the reference holds

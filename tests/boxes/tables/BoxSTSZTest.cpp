@@ -4,7 +4,10 @@
 
 #include "boxes/tables/BoxSTSZ.h"
 #include "io/ScanControl.h"
-#include "tests/EntryTables.h"
+#include "tests/Fixtures.h"
+#include "tests/TableFixtures.h"
+
+using namespace fixture;
 
 namespace {
 
@@ -243,7 +246,7 @@ TEST(BoxSTSZ, PacketSizeIsNotUsedElsewhere) {
 TEST(BoxSTSZ, ReaderStandsAtThePayloadsEnd) {
   for (const std::uint32_t constant : {0u, 512u}) {
     const Bytes payload = StszPayload(constant, 2, {100, 300}).Fill(3, 9);
-    OpenedFile opened(payload + Bytes{1, 2, 3});
+    FileReader opened(payload + Bytes{1, 2, 3});
     BoxSTSZ box;
     ASSERT_TRUE(box.ReadData(&opened.reader, 23, nullptr));
     EXPECT_EQ(opened.reader.GetPos(), 23) << constant;
@@ -251,12 +254,12 @@ TEST(BoxSTSZ, ReaderStandsAtThePayloadsEnd) {
 }
 
 TEST(BoxSTSZ, TruncatedFileStopsAtItsEndInTableFormOnly) {
-  OpenedFile table(StszPayload(0, 3, {100, 300}));
+  FileReader table(StszPayload(0, 3, {100, 300}));
   BoxSTSZ box;
   ASSERT_TRUE(box.ReadData(&table.reader, 24, nullptr));
   EXPECT_EQ(table.reader.GetPos(), 20) << "rows are read";
   ExpectSizes(&box, {100, 300});
-  OpenedFile constant(StszPayload(512, 3));
+  FileReader constant(StszPayload(512, 3));
   ASSERT_TRUE(box.ReadData(&constant.reader, 24, nullptr));
   EXPECT_EQ(constant.reader.GetPos(), 24) << "what follows a constant size is skipped";
 }
@@ -278,7 +281,7 @@ TEST(BoxSTSZ, JudgingPassesOverTheRowsAsIfRead) {
   const Bytes payload = StszPayload(0, 2, {100, 300});
   mp4::ScanControl scan(static_cast<std::int64_t>(payload.size()));
   scan.tablesUnread = true;
-  OpenedFile opened(payload);
+  FileReader opened(payload);
   opened.reader.AttachScan(&scan);
   BoxSTSZ box;
   ASSERT_TRUE(box.ReadData(&opened.reader, 24, nullptr));

@@ -3,6 +3,8 @@
 #include "boxes/tables/BoxSTTS.h"
 #include "tests/RandomTables.h"
 
+using namespace fixture;
+
 namespace {
 
 /// One random table in a box and in the reference.

@@ -4,7 +4,10 @@
 
 #include "boxes/tables/BoxSTTS.h"
 #include "io/ScanControl.h"
-#include "tests/EntryTables.h"
+#include "tests/Fixtures.h"
+#include "tests/TableFixtures.h"
+
+using namespace fixture;
 
 namespace {
 
@@ -182,7 +185,7 @@ TEST(BoxSTTS, BodyShorterThanItsHeaderStepsBackToItsEnd) {
 
 TEST(BoxSTTS, ReaderStandsAtThePayloadsEnd) {
   const Bytes payload = SttsPayload({{3, 1024}, {2, 512}}).Fill(5, 1);
-  OpenedFile opened(payload + Bytes{1, 2, 3});
+  FileReader opened(payload + Bytes{1, 2, 3});
   BoxSTTS box;
   ASSERT_TRUE(box.ReadData(&opened.reader, static_cast<long long>(payload.size()), nullptr));
   EXPECT_EQ(opened.reader.GetPos(), static_cast<long long>(payload.size()));
@@ -190,7 +193,7 @@ TEST(BoxSTTS, ReaderStandsAtThePayloadsEnd) {
 
 TEST(BoxSTTS, TruncatedFileKeepsWholeRowsAndStopsAtItsEnd) {
   const Bytes payload = SttsPayload({{3, 1024}, {2, 512}}).Cut(20);
-  OpenedFile opened(payload);
+  FileReader opened(payload);
   BoxSTTS box;
   ASSERT_TRUE(box.ReadData(&opened.reader, 24, nullptr));
   EXPECT_EQ(opened.reader.GetPos(), 20);
@@ -199,7 +202,7 @@ TEST(BoxSTTS, TruncatedFileKeepsWholeRowsAndStopsAtItsEnd) {
 
 TEST(BoxSTTS, LengthBeyond32BitsIsReadTruncatedAndSkipped) {
   const Bytes payload = SttsPayload(2, {{3, 1024}, {2, 512}});
-  OpenedFile opened(payload);
+  FileReader opened(payload);
   BoxSTTS box;
   ASSERT_TRUE(box.ReadData(&opened.reader, (1LL << 32) + 16, nullptr));
   EXPECT_EQ(box.GetTotalSamples(), 3) << "8 bytes of rows";

@@ -3,8 +3,11 @@
 #include <random>
 
 #include "boxes/track/BoxSTBL.h"
+#include "tests/MovieFixtures.h"
 #include "tests/ReferenceCursor.h"
 #include "tests/TableFixtures.h"
+
+using namespace fixture;
 
 namespace {
 
@@ -16,9 +19,9 @@ unsigned Below(Random* random, unsigned n) { return static_cast<unsigned>((*rand
 enum class Shape { kSane, kHostile };
 
 /// Tables of about `n` samples, and the same as plain lists.
-class Track {
+class TrackTwin {
  public:
-  Track(Random* random, Shape shape, unsigned n) : random(random), shape(shape) {
+  TrackTwin(Random* random, Shape shape, unsigned n) : random(random), shape(shape) {
     MakeTimes(n);
     MakeChunks(n);
     for (unsigned i = 0; i < n; ++i) plain.tables.sizes.push_back(1 + Below(random, 500));
@@ -28,9 +31,9 @@ class Track {
   Bytes Payload() const {
     std::vector<tagSTSC> runs = chunkRuns;
     Bytes payload = EmptyStsd() + Box("stts", SttsPayload(plain.tables.times)) +
-                    Box("stsc", StscPayload(runs)) + Box("stsz", StszPayload(plain.tables.sizes)) +
+                    Box("stsc", StscPayload(runs)) + Stsz(plain.tables.sizes) +
                     Box("co64", Co64Payload(plain.tables.offsets));
-    if (plain.tables.hasSyncs) payload.Append(Box("stss", StssPayload(plain.tables.syncs)));
+    if (plain.tables.hasSyncs) payload.Append(Stss(plain.tables.syncs));
     return payload;
   }
 
@@ -123,7 +126,7 @@ void ExpectSame(const BoxSTBL& box, const reference_cursor::Cursor& plain) {
   ASSERT_EQ(box.sampleCount, plain.sampleCount);
 }
 
-void Move(Random* random, Track* track, BoxSTBL* box, unsigned n) {
+void Move(Random* random, TrackTwin* track, BoxSTBL* box, unsigned n) {
   switch (Below(random, 10)) {
     case 0:
       ASSERT_EQ(box->ReadyToDemux(nullptr), 1);
@@ -147,9 +150,9 @@ void Move(Random* random, Track* track, BoxSTBL* box, unsigned n) {
 }
 
 void Play(Random* random, Shape shape, unsigned n) {
-  Track track(random, shape, n);
+  TrackTwin track(random, shape, n);
   BoxSTBL box;
-  ASSERT_TRUE(ReadFrom(&box, track.Payload()));
+  ASSERT_TRUE(ReadPayload(&box, track.Payload()));
   ASSERT_EQ(box.ReadyToDemux(nullptr), 1);
   track.plain.ReadyToDemux();
   for (int move = 0; move < 25; ++move) {
@@ -181,9 +184,9 @@ TEST(BoxSTBLRandom, HostileTracksAgreeWithThePlainCursor) {
 TEST(BoxSTBLRandom, WholeWalkAgreesWithThePlainCursor) {
   Random random(17);
   for (int round = 0; round < 50; ++round) {
-    Track track(&random, Shape::kSane, 700);
+    TrackTwin track(&random, Shape::kSane, 700);
     BoxSTBL box;
-    ASSERT_TRUE(ReadFrom(&box, track.Payload()));
+    ASSERT_TRUE(ReadPayload(&box, track.Payload()));
     ASSERT_EQ(box.ReadyToDemux(nullptr), 1);
     track.plain.ReadyToDemux();
     for (int i = 0; i < 720; ++i) {

@@ -6,16 +6,19 @@
 #include "io/Mp4StreamReader.h"
 #include "io/ScanControl.h"
 #include "tests/Fixtures.h"
+#include "tests/MovieFixtures.h"
 #include "tests/TableFixtures.h"
+
+using namespace fixture;
 
 namespace {
 
 /// Payload of a sample table box. Two samples in each chunk, chunks at 1000, 2000, 3000.
-struct Stbl {
+struct TableSet {
   Bytes stsd = EmptyStsd();
-  Bytes stts = Box("stts", SttsPayload({{6, 10}}));
+  Bytes stts = Stts({{6, 10}});
   Bytes stsc = Box("stsc", StscPayload({{1, 2, 1}}));
-  Bytes stsz = Box("stsz", StszPayload({100, 50, 30, 20, 10, 5}));
+  Bytes stsz = Stsz({100, 50, 30, 20, 10, 5});
   Bytes stco = Box("stco", StcoPayload({1000, 2000, 3000}));
   Bytes stss;
 
@@ -24,8 +27,8 @@ struct Stbl {
 
 /// A box made ready from a payload.
 struct Ready {
-  explicit Ready(const Stbl& tables) {
-    EXPECT_TRUE(ReadFrom(&box, tables.Payload()));
+  explicit Ready(const TableSet& tables) {
+    EXPECT_TRUE(ReadPayload(&box, tables.Payload()));
     EXPECT_EQ(box.ReadyToDemux(nullptr), 1);
   }
   BoxSTBL box;
@@ -77,17 +80,17 @@ TEST(BoxSTBL, SizeZeroReadsNothingAndSucceeds) {
   BoxSTBL box;
   // A table of its own, so that only the size keeps the chunks from being completed.
   box.sampleToChunkBox = std::make_unique<BoxSTSC>();
-  EXPECT_TRUE(ReadFrom(box.sampleToChunkBox.get(), StscPayload({{1, 1, 1}}), &sound.context));
+  EXPECT_TRUE(ReadPayload(box.sampleToChunkBox.get(), StscPayload({{1, 1, 1}}), &sound.context));
   EXPECT_TRUE(box.ReadData(&reader, 0, &sound.context));
   EXPECT_EQ(reader.GetPos(), 0);
   EXPECT_EQ(Published(*sound.track), (Rows{{1, 1, 1}}));
 }
 
 TEST(BoxSTBL, CreatesAChildOfEachKind) {
-  Stbl tables;
-  tables.stss = Box("stss", StssPayload({1}));
+  TableSet tables;
+  tables.stss = Stss({1});
   BoxSTBL box;
-  ASSERT_TRUE(ReadFrom(&box, tables.Payload()));
+  ASSERT_TRUE(ReadPayload(&box, tables.Payload()));
   EXPECT_NE(box.sampleDescriptionBox, nullptr);
   EXPECT_NE(box.timeToSampleBox, nullptr);
   EXPECT_NE(box.sampleToChunkBox, nullptr);
@@ -97,38 +100,38 @@ TEST(BoxSTBL, CreatesAChildOfEachKind) {
 }
 
 TEST(BoxSTBL, UnknownChildrenAreSkipped) {
-  Stbl tables;
+  TableSet tables;
   tables.stsc = Box("ctts", Bytes().Fill(40, 1)) + tables.stsc + Box("stz2") + Box("sdtp", {1, 2});
   Ready ready(tables);
   EXPECT_EQ(ready.box.sampleCount, 6);
 }
 
 TEST(BoxSTBL, ChildOfSizeZeroTakesTheRest) {
-  Stbl tables;
+  TableSet tables;
   tables.stco.PutBe32(0, 0);
   BoxSTBL box;
-  ASSERT_TRUE(ReadFrom(&box, tables.Payload()));
+  ASSERT_TRUE(ReadPayload(&box, tables.Payload()));
   ASSERT_NE(box.chunkOffsetBox, nullptr);
   EXPECT_EQ(box.chunkOffsetBox->GetChunkOffset(2), 3000u);
 }
 
 TEST(BoxSTBL, StcoHas32BitAndCo64Has64BitOffsets) {
-  Stbl tables;
+  TableSet tables;
   BoxSTBL narrow;
-  ASSERT_TRUE(ReadFrom(&narrow, tables.Payload()));
+  ASSERT_TRUE(ReadPayload(&narrow, tables.Payload()));
   EXPECT_EQ(narrow.chunkOffsetBox->type, mp4::FourCC("stco"));
   tables.stco = Box("co64", Co64Payload({0x100000000ULL}));
   BoxSTBL wide;
-  ASSERT_TRUE(ReadFrom(&wide, tables.Payload()));
+  ASSERT_TRUE(ReadPayload(&wide, tables.Payload()));
   EXPECT_EQ(wide.chunkOffsetBox->type, mp4::FourCC("co64"));
   EXPECT_EQ(wide.chunkOffsetBox->GetChunkOffset(0), 0x100000000ULL);
 }
 
 TEST(BoxSTBL, SecondChildOfAKindReplacesTheFirst) {
-  Stbl tables;
+  TableSet tables;
   tables.stco = tables.stco + Box("co64", Co64Payload({7000}));
   BoxSTBL box;
-  ASSERT_TRUE(ReadFrom(&box, tables.Payload()));
+  ASSERT_TRUE(ReadPayload(&box, tables.Payload()));
   EXPECT_EQ(box.chunkOffsetBox->type, mp4::FourCC("co64"));
   EXPECT_EQ(box.chunkOffsetBox->GetChunkOffset(0), 7000u);
   EXPECT_EQ(box.chunkOffsetBox->GetChunkOffset(1), ~0ULL);
@@ -162,7 +165,7 @@ TEST(BoxSTBL, SizeOneIsNotALargeSize) {
 }
 
 TEST(BoxSTBL, ClearDropsTheChildren) {
-  Ready ready{Stbl()};
+  Ready ready{TableSet()};
   ready.box.Clear();
   EXPECT_EQ(ready.box.sampleDescriptionBox, nullptr);
   EXPECT_EQ(ready.box.sampleToChunkBox, nullptr);
@@ -172,41 +175,41 @@ TEST(BoxSTBL, ClearDropsTheChildren) {
 
 TEST(BoxSTBL, AudioChunksFromTheLastRunOnGetAnEntryEach) {
   OneTrack sound(kSound);
-  Stbl tables;
+  TableSet tables;
   tables.stsc = Box("stsc", StscPayload({{1, 2, 1}, {3, 4, 2}}));
   tables.stco = Box("stco", StcoPayload({10, 20, 30, 40, 50}));
   BoxSTBL box;
-  ASSERT_TRUE(ReadFrom(&box, tables.Payload(), &sound.context));
+  ASSERT_TRUE(ReadPayload(&box, tables.Payload(), &sound.context));
   EXPECT_EQ(Published(*sound.track), (Rows{{1, 2, 1}, {3, 4, 2}, {4, 4, 2}, {5, 4, 2}}));
 }
 
 TEST(BoxSTBL, AudioCompletionCountsTheFirstChunkAsStored) {
   OneTrack sound(kSound);
-  Stbl tables;
+  TableSet tables;
   tables.stco = Box("stco", StcoPayload({10}));
   BoxSTBL box;  // first chunk 1 is not below the one chunk
-  ASSERT_TRUE(ReadFrom(&box, tables.Payload(), &sound.context));
+  ASSERT_TRUE(ReadPayload(&box, tables.Payload(), &sound.context));
   EXPECT_EQ(Published(*sound.track), (Rows{{1, 2, 1}}));
 
   tables.stsc = Box("stsc", StscPayload({{0, 2, 1}}));
   BoxSTBL zero;
-  ASSERT_TRUE(ReadFrom(&zero, tables.Payload(), &sound.context));
+  ASSERT_TRUE(ReadPayload(&zero, tables.Payload(), &sound.context));
   EXPECT_EQ(Published(*sound.track), (Rows{{0, 2, 1}, {1, 2, 1}}));
 }
 
 TEST(BoxSTBL, AudioCompletionTakesTheFirstChunkAsUnsigned) {
   OneTrack sound(kSound);
-  Stbl tables;
+  TableSet tables;
   tables.stsc = Box("stsc", StscPayload({{0x80000000, 2, 1}}));
   BoxSTBL box;
-  ASSERT_TRUE(ReadFrom(&box, tables.Payload(), &sound.context));
+  ASSERT_TRUE(ReadPayload(&box, tables.Payload(), &sound.context));
   EXPECT_EQ(Published(*sound.track), (Rows{{0x80000000, 2, 1}}));
 }
 
 TEST(BoxSTBL, VideoChunksAreNotCompleted) {
   OneTrack video(kVideo);
   BoxSTBL box;
-  ASSERT_TRUE(ReadFrom(&box, Stbl().Payload(), &video.context));
+  ASSERT_TRUE(ReadPayload(&box, TableSet().Payload(), &video.context));
   EXPECT_TRUE(video.track->sampleToChunkTable.empty());
 }
 
@@ -215,12 +218,12 @@ TEST(BoxSTBL, VideoChunksAreNotCompleted) {
 TEST(BoxSTBL, AudioCompletionHandsOnDividedCountsAsTheyAre) {
   OneTrack sound(kSound);
   sound.Packetised(4);
-  Stbl tables;
+  TableSet tables;
   tables.stsd = Bytes();  // would describe the packets anew
   tables.stsc = Box("stsc", StscPayload({{1, 64, 1}}));
   tables.stco = Box("stco", StcoPayload({10, 20, 30}));
   BoxSTBL box;
-  ASSERT_TRUE(ReadFrom(&box, tables.Payload(), &sound.context));
+  ASSERT_TRUE(ReadPayload(&box, tables.Payload(), &sound.context));
   EXPECT_EQ(Published(*sound.track), (Rows{{1, 16, 1}, {2, 4, 1}, {3, 4, 1}}));
   box.sampleToChunkBox->ReadyToDemux();
   box.sampleToChunkBox->Seek(20);
@@ -231,20 +234,20 @@ TEST(BoxSTBL, AudioCompletionWithoutASampleToChunkChildDoesNothing) {
   OneTrack sound(kSound);
   sound.track->sampleToChunkTable.push_back({1, 1, 1});
   BoxSTBL box;
-  ASSERT_TRUE(ReadFrom(&box, Box("stco", StcoPayload({10, 20, 30})), &sound.context));
+  ASSERT_TRUE(ReadPayload(&box, Box("stco", StcoPayload({10, 20, 30})), &sound.context));
   EXPECT_EQ(sound.track->sampleToChunkTable.size(), 1u);
 }
 
 TEST(BoxSTBL, AudioCompletionRunsWhenAChildFailed) {
   OneTrack sound(kSound);
-  Stbl tables;
+  TableSet tables;
   BoxSTBL box;
-  EXPECT_FALSE(ReadFrom(&box, tables.stsc + tables.stco + Box("stts"), &sound.context));
+  EXPECT_FALSE(ReadPayload(&box, tables.stsc + tables.stco + Box("stts"), &sound.context));
   EXPECT_EQ(Published(*sound.track), (Rows{{1, 2, 1}, {2, 2, 1}, {3, 2, 1}}));
 }
 
 TEST(BoxSTBL, AudioCompletionStopsWhereTheOpeningsAccountIsSpent) {
-  const Bytes payload = Stbl().Payload();
+  const Bytes payload = TableSet().Payload();
   const TempFile file(payload);
   Mp4StreamReader reader;
   ASSERT_TRUE(reader.SetFilePath(file.wide().c_str()));
@@ -258,13 +261,14 @@ TEST(BoxSTBL, AudioCompletionStopsWhereTheOpeningsAccountIsSpent) {
 }
 
 TEST(BoxSTBL, ReadyToDemuxNeedsTheDescriptionAndEveryTable) {
-  Stbl tables;
+  TableSet tables;
   EXPECT_EQ(Ready(tables).box.sampleCount, 6);
-  for (Bytes Stbl::*part : {&Stbl::stsd, &Stbl::stts, &Stbl::stsc, &Stbl::stsz, &Stbl::stco}) {
-    Stbl broken = tables;
+  for (Bytes TableSet::*part :
+       {&TableSet::stsd, &TableSet::stts, &TableSet::stsc, &TableSet::stsz, &TableSet::stco}) {
+    TableSet broken = tables;
     broken.*part = Bytes();
     BoxSTBL box;
-    ASSERT_TRUE(ReadFrom(&box, broken.Payload()));
+    ASSERT_TRUE(ReadPayload(&box, broken.Payload()));
     EXPECT_EQ(box.ReadyToDemux(nullptr), 0);
     EXPECT_FALSE(box.Next());
     EXPECT_EQ(box.Seek(30), 0);
@@ -273,7 +277,7 @@ TEST(BoxSTBL, ReadyToDemuxNeedsTheDescriptionAndEveryTable) {
 }
 
 TEST(BoxSTBL, ReadyToDemuxStandsOnTheFirstSample) {
-  Ready ready{Stbl()};
+  Ready ready{TableSet()};
   EXPECT_EQ(InfoOf(&ready.box), (Info{0, 1000, 100, 10}));
   EXPECT_EQ(ready.box.curSample, 0);
   EXPECT_EQ(ready.box.curChunk, 0);
@@ -281,7 +285,7 @@ TEST(BoxSTBL, ReadyToDemuxStandsOnTheFirstSample) {
 }
 
 TEST(BoxSTBL, ReadyToDemuxAgainStartsOver) {
-  Ready ready{Stbl()};
+  Ready ready{TableSet()};
   ready.box.Next();
   ready.box.Next();
   EXPECT_EQ(ready.box.ReadyToDemux(nullptr), 1);
@@ -291,7 +295,7 @@ TEST(BoxSTBL, ReadyToDemuxAgainStartsOver) {
 }
 
 TEST(BoxSTBL, TrackWithoutChunksIsReadyAtOffsetMinusOne) {
-  Stbl tables;
+  TableSet tables;
   tables.stco = Box("stco", StcoPayload({}));
   Ready ready(tables);
   EXPECT_EQ(ready.box.curOffset, -1);
@@ -303,7 +307,7 @@ TEST(BoxSTBL, TrackWithoutChunksIsReadyAtOffsetMinusOne) {
 
 TEST(BoxSTBL, NotReadyTrackNeitherStepsNorSeeks) {
   BoxSTBL box;
-  ASSERT_TRUE(ReadFrom(&box, Stbl().Payload()));
+  ASSERT_TRUE(ReadPayload(&box, TableSet().Payload()));
   box.curTime = 77;
   EXPECT_FALSE(box.Next());
   EXPECT_EQ(box.Seek(30), 77);
@@ -311,7 +315,7 @@ TEST(BoxSTBL, NotReadyTrackNeitherStepsNorSeeks) {
 }
 
 TEST(BoxSTBL, TableMissingAfterwardsNeitherStepsNorSeeks) {
-  Ready ready{Stbl()};
+  Ready ready{TableSet()};
   ready.box.Next();
   ready.box.sampleSizeBox.reset();
   EXPECT_FALSE(ready.box.Next());
@@ -319,7 +323,7 @@ TEST(BoxSTBL, TableMissingAfterwardsNeitherStepsNorSeeks) {
 }
 
 TEST(BoxSTBL, StepsAccumulateSizesWithinAChunk) {
-  Ready ready{Stbl()};
+  Ready ready{TableSet()};
   BoxSTBL& box = ready.box;
   ASSERT_TRUE(box.Next());
   EXPECT_EQ(InfoOf(&box), (Info{10, 1100, 50, 10}));
@@ -336,8 +340,8 @@ TEST(BoxSTBL, StepsAccumulateSizesWithinAChunk) {
 }
 
 TEST(BoxSTBL, StepPastTheLastSampleMovesTimeAndOffsetOnly) {
-  Stbl tables;
-  tables.stts = Box("stts", SttsPayload({{4, 10}}));
+  TableSet tables;
+  tables.stts = Stts({{4, 10}});
   Ready ready(tables);
   for (int i = 0; i < 3; ++i) ASSERT_TRUE(ready.box.Next());
   EXPECT_FALSE(ready.box.Next());
@@ -347,7 +351,7 @@ TEST(BoxSTBL, StepPastTheLastSampleMovesTimeAndOffsetOnly) {
 }
 
 TEST(BoxSTBL, StepPastTheLastChunkFails) {
-  Stbl tables;
+  TableSet tables;
   tables.stco = Box("stco", StcoPayload({1000}));
   Ready ready(tables);
   EXPECT_TRUE(ready.box.Next());
@@ -358,7 +362,7 @@ TEST(BoxSTBL, StepPastTheLastChunkFails) {
 }
 
 TEST(BoxSTBL, StepToOffsetZeroFails) {
-  Stbl tables;
+  TableSet tables;
   tables.stco = Box("stco", StcoPayload({1000, 0, 3000}));
   Ready ready(tables);
   EXPECT_TRUE(ready.box.Next());
@@ -367,10 +371,10 @@ TEST(BoxSTBL, StepToOffsetZeroFails) {
 }
 
 TEST(BoxSTBL, StepToAMultipleOf256ReportsAnEndAndChangesNothing) {
-  Stbl tables;
-  tables.stts = Box("stts", SttsPayload({{600, 10}}));
+  TableSet tables;
+  tables.stts = Stts({{600, 10}});
   tables.stsc = Box("stsc", StscPayload({{1, 600, 1}}));
-  tables.stsz = Box("stsz", ConstantStszPayload(2, 600));
+  tables.stsz = StszConstant(2, 600);
   Ready ready(tables);
   int steps = 0;
   while (ready.box.Next()) ++steps;
@@ -384,8 +388,8 @@ TEST(BoxSTBL, StepToAMultipleOf256ReportsAnEndAndChangesNothing) {
 }
 
 TEST(BoxSTBL, DurationIsTheSignedLowByte) {
-  Stbl tables;
-  tables.stts = Box("stts", SttsPayload({{6, 3003}}));
+  TableSet tables;
+  tables.stts = Stts({{6, 3003}});
   Ready ready(tables);
   EXPECT_EQ(InfoOf(&ready.box).duration, static_cast<std::uint32_t>(-69));
   EXPECT_TRUE(ready.box.Next());
@@ -393,7 +397,7 @@ TEST(BoxSTBL, DurationIsTheSignedLowByte) {
 }
 
 TEST(BoxSTBL, SampleInfoLeavesTheOtherFieldsAlone) {
-  Ready ready{Stbl()};
+  Ready ready{TableSet()};
   BoxBase::SAMPLE sample;
   std::memset(&sample, 0x5A, sizeof sample);
   EXPECT_EQ(ready.box.GetSampleInfo(&sample), 1);
@@ -406,12 +410,12 @@ TEST(BoxSTBL, SampleInfoLeavesTheOtherFieldsAlone) {
 }
 
 TEST(BoxSTBL, SampleInfoOfNullIsZero) {
-  Ready ready{Stbl()};
+  Ready ready{TableSet()};
   EXPECT_EQ(ready.box.GetSampleInfo(nullptr), 0);
 }
 
 TEST(BoxSTBL, SeekWithoutSyncTableLandsOnTheSampleAtTheTime) {
-  Ready ready{Stbl()};
+  Ready ready{TableSet()};
   EXPECT_EQ(ready.box.Seek(35), 30);
   EXPECT_EQ(InfoOf(&ready.box), (Info{30, 2030, 20, 10}));
   EXPECT_EQ(ready.box.curSample, 3);
@@ -421,7 +425,7 @@ TEST(BoxSTBL, SeekWithoutSyncTableLandsOnTheSampleAtTheTime) {
 }
 
 TEST(BoxSTBL, SeekGoesBack) {
-  Ready ready{Stbl()};
+  Ready ready{TableSet()};
   EXPECT_EQ(ready.box.Seek(50), 50);
   EXPECT_EQ(InfoOf(&ready.box), (Info{50, 3010, 5, 10}));
   EXPECT_EQ(ready.box.Seek(10), 10);
@@ -431,8 +435,8 @@ TEST(BoxSTBL, SeekGoesBack) {
 }
 
 TEST(BoxSTBL, SeekLandsOnTheSyncSampleAtOrBeforeTheTime) {
-  Stbl tables;
-  tables.stss = Box("stss", StssPayload({1, 4}));
+  TableSet tables;
+  tables.stss = Stss({1, 4});
   Ready ready(tables);
   EXPECT_EQ(ready.box.Seek(55), 30);
   EXPECT_EQ(InfoOf(&ready.box), (Info{30, 2030, 20, 10}));
@@ -442,37 +446,37 @@ TEST(BoxSTBL, SeekLandsOnTheSyncSampleAtOrBeforeTheTime) {
 }
 
 TEST(BoxSTBL, SeekBeforeTheFirstSyncSampleGoesToTheStart) {
-  Stbl tables;
-  tables.stss = Box("stss", StssPayload({5}));
+  TableSet tables;
+  tables.stss = Stss({5});
   Ready ready(tables);
   EXPECT_EQ(ready.box.Seek(20), 0);
   EXPECT_EQ(ready.box.curSample, 0);
 }
 
 TEST(BoxSTBL, SyncSampleNumberZeroSeeksToTheStart) {
-  Stbl tables;
-  tables.stss = Box("stss", StssPayload({0}));
+  TableSet tables;
+  tables.stss = Stss({0});
   Ready ready(tables);
   EXPECT_EQ(ready.box.Seek(20), 0);
   EXPECT_EQ(ready.box.curSample, 0);
 }
 
 TEST(BoxSTBL, EmptySyncTableDoesNotMoveTheTarget) {
-  Stbl tables;
-  tables.stss = Box("stss", StssPayload({}));
+  TableSet tables;
+  tables.stss = Stss({});
   Ready ready(tables);
   EXPECT_EQ(ready.box.Seek(20), 20);
 }
 
 TEST(BoxSTBL, SeekToANegativeTimeGoesToTheStart) {
-  Ready ready{Stbl()};
+  Ready ready{TableSet()};
   ready.box.Seek(40);
   EXPECT_EQ(ready.box.Seek(-35), 0);
   EXPECT_EQ(InfoOf(&ready.box), (Info{0, 1000, 100, 10}));
 }
 
 TEST(BoxSTBL, SeekPastTheEndStandsBehindTheLastSample) {
-  Ready ready{Stbl()};
+  Ready ready{TableSet()};
   EXPECT_EQ(ready.box.Seek(1000), 60);
   EXPECT_EQ(ready.box.curSample, 6);
   EXPECT_EQ(ready.box.curChunk, 3);
@@ -483,10 +487,10 @@ TEST(BoxSTBL, SeekPastTheEndStandsBehindTheLastSample) {
 }
 
 TEST(BoxSTBL, SeekLandsOnMultiplesOf256) {
-  Stbl tables;
-  tables.stts = Box("stts", SttsPayload({{600, 10}}));
+  TableSet tables;
+  tables.stts = Stts({{600, 10}});
   tables.stsc = Box("stsc", StscPayload({{1, 600, 1}}));
-  tables.stsz = Box("stsz", ConstantStszPayload(2, 600));
+  tables.stsz = StszConstant(2, 600);
   Ready ready(tables);
   EXPECT_EQ(ready.box.Seek(2560), 2560);
   EXPECT_EQ(ready.box.curSample, 256);
@@ -497,10 +501,10 @@ TEST(BoxSTBL, SeekLandsOnMultiplesOf256) {
 }
 
 TEST(BoxSTBL, OffsetSumsBeyond32BitsAreExact) {
-  Stbl tables;
-  tables.stts = Box("stts", SttsPayload({{4, 1}}));
+  TableSet tables;
+  tables.stts = Stts({{4, 1}});
   tables.stsc = Box("stsc", StscPayload({{1, 4, 1}}));
-  tables.stsz = Box("stsz", StszPayload({0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 1}));
+  tables.stsz = Stsz({0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 1});
   tables.stco = Box("stco", StcoPayload({0xFFFFFFFF}));
   Ready ready(tables);
   EXPECT_EQ(ready.box.Seek(3), 3);

@@ -128,7 +128,7 @@ TEST(BoxTKHD, FileThatEndsInsideGivesZeros) {
 }
 
 TEST(BoxTKHD, MakesTheTracksRecordAndMakesItCurrent) {
-  fixture::OneTrack one(1);
+  fixture::OneTrack one = fixture::OneTrack::OfId(1);
   BoxTKHD box;
   EXPECT_TRUE(ReadBox(&box, Tkhd(5, 1234, 0, kWidth, kHeight, 0x0180), &one.context).ok);
   ASSERT_EQ(one.context.GetTrackCount(), 2);

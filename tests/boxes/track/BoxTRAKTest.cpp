@@ -85,7 +85,7 @@ TEST(BoxTRAK, TrackIDIsZeroWithoutHeader) {
 }
 
 TEST(BoxTRAK, MissingHeaderDoesNotFailIt) {
-  fixture::OneTrack one(3);
+  fixture::OneTrack one = fixture::OneTrack::OfId(3);
   BoxTRAK trak;
   EXPECT_TRUE(ReadBox(&trak, Box("trak", EmptyMdia(77)), &one.context).ok);
   EXPECT_EQ(trak.GetTrackID(), 0);
@@ -117,7 +117,7 @@ TEST(BoxTRAK, FailingHeaderStopsTheLoop) {
 }
 
 TEST(BoxTRAK, MediaBeforeHeaderFillsTheRecordThatWasCurrent) {
-  fixture::OneTrack one(3);
+  fixture::OneTrack one = fixture::OneTrack::OfId(3);
   BoxTRAK trak;
   EXPECT_TRUE(ReadBox(&trak, Box("trak", EmptyMdia(77) + Tkhd(4)), &one.context).ok);
   EXPECT_EQ(one.context.GetTrack(3)->timescale, 77);
