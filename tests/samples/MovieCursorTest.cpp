@@ -71,7 +71,7 @@ TEST(MovieCursor, RandomMoviesAreWalkedOnceAndInOrder) {
       const std::uint32_t perChunk = random() % 5 + 1;
       const std::uint32_t n = random() % 60;
       track->chunks = {{1, perChunk}};
-      track->times = {{n, random() % 50}};
+      track->times = {{n, static_cast<std::uint32_t>(random() % 50)}};
       track->sizes.assign(n, 1);
       track->offsets.clear();
       for (std::uint32_t i = 0; i < n; i += perChunk) track->offsets.push_back(random() % 900 * 10);

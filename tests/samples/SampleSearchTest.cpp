@@ -126,7 +126,8 @@ TableMovie RandomTables(std::mt19937* random) {
   for (std::uint32_t i = 0; i < chunkCount; ++i) offsets.push_back((*random)() % 12000);
   m.stco = Stco(offsets);
   for (std::uint32_t first = 1; first <= chunkCount; first += (*random)() % 6 + 1) {
-    chunks.insert(chunks.end(), {first, (*random)() % 12, (*random)() % 2 + 1});
+    chunks.insert(chunks.end(), {first, static_cast<unsigned>((*random)() % 12),
+                                 static_cast<unsigned>((*random)() % 2 + 1)});
   }
   m.stsc = Rows("stsc", 3, chunks);
   m.stts = Rows("stts", 2, RandomRows(random, n, (*random)() % 2 == 0 ? 3 : 100, 0));
@@ -153,7 +154,7 @@ Bytes RandomFragments(std::mt19937* random) {
       const std::uint32_t fields = (*random)() % 16;
       const std::uint32_t samples = (*random)() % 200;
       const bool first = (*random)() % 2 == 0;
-      Words words{(*random)() % 9000};
+      Words words{static_cast<unsigned>((*random)() % 9000)};
       if (first) words.push_back(0);
       for (std::uint32_t s = 0; s < samples; ++s) {
         if ((fields & 1) != 0) words.push_back((*random)() % 60);
