@@ -27,6 +27,7 @@ void SaveFile(const std::string& name, const Bytes& bytes) {
   Save("judge", name, bytes);
   Save("demux", name, bytes);
   Save("interface", name, bytes);
+  Save("samples", name, bytes);
 }
 
 void SaveBox(const std::string& name, unsigned maker, unsigned surround, const Bytes& box) {

@@ -44,8 +44,18 @@ class EditTimeline {
     std::int64_t start;  ///< on the presentation's timeline, in media units
     std::int64_t end;
   };
+  /// Media from a time on, up to the next stretch, and the edit that shows it first.
+  struct Stretch {
+    std::int64_t start;
+    std::size_t edit;
+  };
+  std::int64_t MediaEnd(std::size_t i) const;
+  std::int64_t Inside(std::size_t i, std::int64_t mediaTime) const;
+  void FindStretches();
+
   std::vector<Edit> edits_;
   std::vector<Segment> segments_;
+  std::vector<Stretch> stretches_;
 };
 
 /// Reads an "elst" of 32 or 64 bits. Rows that do not exist are left out.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 
 #include "io/FourCC.h"
 
@@ -317,6 +318,14 @@ RunTotals TotalsOf(const FragmentRun& run) {
   return totals;
 }
 
+/// A time behind which no sample of the run is composed; times that wrap are behind everything.
+std::int64_t ComposedBy(const FragmentRun& run, const RunTotals& totals) {
+  constexpr std::int64_t kLatest = std::numeric_limits<std::int64_t>::max();
+  constexpr std::uint64_t kFar = std::uint64_t{1} << 62;
+  if (run.decodeTime >= kFar || totals.duration >= kFar - run.decodeTime) return kLatest;
+  return static_cast<std::int64_t>(run.decodeTime + totals.duration) + totals.greatestOffset;
+}
+
 }  // namespace
 
 std::uint32_t FragmentReader::ExtraFor(TrackFragment* traf, FragmentRun* run) {
@@ -353,6 +362,8 @@ void FragmentReader::AddRuns(TrackFragment* traf, FragmentRun run, bool listed) 
       const auto index = static_cast<std::uint32_t>(runs.runs.size());
       run.syncRun = totals.anySync ? index + 1 : index > 0 ? runs.runs.back().syncRun : 0;
       if (index > 0 && run.decodeTime < runs.endTime) runs.timesRise = false;
+      run.composedBy = ComposedBy(run, totals);
+      if (index > 0) run.composedBy = std::max(run.composedBy, runs.runs.back().composedBy);
       runs.runs.push_back(run);
       runs.samples += run.count;
       runs.leastOffset = std::min(runs.leastOffset, totals.leastOffset);

@@ -68,42 +68,27 @@ std::uint64_t FragmentRun::LastSync(std::uint64_t last) const {
   return 0;
 }
 
-void FragmentRuns::FindReaches() {
-  if (reaches_.size() == runs.size()) return;
-  reaches_.resize(runs.size());
-  std::uint64_t greatest = 0;
-  for (std::size_t i = 0; i < runs.size(); ++i) {
-    greatest =
-        std::max(greatest, runs[i].decodeTime + runs[i].PlaceOf(runs[i].count - 1U).duration);
-    reaches_[i].greatest = greatest;
-  }
+void FragmentRuns::FindLeastTimes() {
+  if (leastTimes_.size() == runs.size()) return;
+  leastTimes_.resize(runs.size());
   std::uint64_t least = ~std::uint64_t{0};
   for (std::size_t i = runs.size(); i > 0; --i) {
     least = std::min(least, runs[i - 1].decodeTime);
-    reaches_[i - 1].least = least;
+    leastTimes_[i - 1] = least;
   }
 }
 
 std::size_t FragmentRuns::LastAtTime(std::uint64_t time) {
   const std::size_t n = runs.size();
   if (n == 0) return n;
-  if (!timesRise) FindReaches();
+  if (!timesRise) FindLeastTimes();
   const auto key = [this](std::size_t i) {
-    return timesRise ? runs[i].decodeTime : reaches_[i].least;
+    return timesRise ? runs[i].decodeTime : leastTimes_[i];
   };
   const std::uint64_t start = key(0);
   if (start > time) return n;
   const std::uint64_t length = endTime > start ? endTime - start : 0;
   return LastNotAbove(n, GuessPlace(time - start, PlacesPer(length, n), n), time, key);
-}
-
-std::uint64_t FragmentRuns::GreatestUpTo(std::size_t run) {
-  if (!timesRise) {
-    FindReaches();
-    return reaches_[run].greatest;
-  }
-  // The next one begins no earlier.
-  return run + 1 < runs.size() ? runs[run + 1].decodeTime : endTime;
 }
 
 /// Blocks grow with what is kept, so that the unused rest stays a small part.

@@ -30,6 +30,7 @@ struct FragmentRun {
   std::uint64_t firstSample = 0;  ///< 0-based in the track
   std::uint64_t decodeTime = 0;
   std::uint64_t offset = 0;
+  std::int64_t composedBy = 0;  ///< no sample of this run and those before it is composed later
   const unsigned char* rows = nullptr;  ///< as in the file
   std::uint32_t count = 0;
   std::uint32_t fragment = 0;  ///< 1-based
@@ -82,17 +83,10 @@ struct FragmentRuns {
   /// The last run that has a sample whose decode time is at or before `time`; runs.size() without
   /// one.
   std::size_t LastAtTime(std::uint64_t time);
-  /// No sample up to this run is decoded later.
-  std::uint64_t GreatestUpTo(std::size_t run);
 
  private:
-  /// Where times fall: the least decode time from a run on, the greatest up to its end.
-  struct Reach {
-    std::uint64_t least;
-    std::uint64_t greatest;
-  };
-  void FindReaches();
-  std::vector<Reach> reaches_;
+  void FindLeastTimes();
+  std::vector<std::uint64_t> leastTimes_;  ///< where times fall: from each run on
 };
 
 /// Keeps the rows of runs: where the source lies in memory they stay there.

@@ -150,7 +150,7 @@ void SampleSearch::SearchRuns(std::int64_t time, Best* best) {
   for (;; --run) {
     SearchRun(runs_->runs[run], time, best);
     if (run == 0) return;
-    if (best->Beats(AddHeld(Signed(runs_->GreatestUpTo(run - 1)), greatestOffset_))) return;
+    if (best->Beats(runs_->runs[run - 1].composedBy)) return;
   }
 }
 

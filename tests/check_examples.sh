@@ -63,3 +63,44 @@ expect inspect_ranges 0 "$protected" <<END
 needs bytes 0 to $(($(size "$protected") - 1))
 protected
 END
+
+# AAC frames of 4 bytes get 7 bytes of ADTS each; what is not video has no key frames.
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+"$build/examples/example_copy_track" "$clear" 1 "$work/clear.aac"
+[[ $(stat -c %s "$work/clear.aac") == $((43 * 11)) ]]
+! "$build/examples/example_copy_track" "$clear" 9 "$work/none" 2>/dev/null
+[[ $("$build/examples/example_key_frames" "$clear") == track,sample,seconds,offset,bytes ]]
+! "$build/examples/example_key_frames" "$build/no such file" >/dev/null 2>&1
+
+# Copies play: as many frames come out as went in, where there is a program to say so.
+command -v ffmpeg >/dev/null && command -v ffprobe >/dev/null || exit 0
+# frames KIND FILE
+frames() {
+  ffprobe -v error -count_packets -select_streams "$1" -show_entries stream=nb_read_packets \
+    -of csv=p=0 "$2" | tr -d ','
+}
+# copied CODEC EXTENSION: a second of test pictures, copied out of a movie
+copied() {
+  ffmpeg -v error -f lavfi -i testsrc=d=1:r=25:s=128x96 -c:v "$1" -g 10 -pix_fmt yuv420p \
+    "$work/$2.mp4" 2>/dev/null || return 0
+  "$build/examples/example_copy_track" "$work/$2.mp4" 1 "$work/copy.$2"
+  [[ $(frames v "$work/copy.$2") == 25 ]]
+  ffmpeg -v error -xerror -i "$work/copy.$2" -f null - 2>"$work/errors"
+  [[ ! -s $work/errors ]]
+}
+copied libx264 h264
+copied libx265 hevc
+if ffmpeg -v error -f lavfi -i sine=d=1 -c:a aac "$work/sine.m4a"; then
+  "$build/examples/example_copy_track" "$work/sine.m4a" 1 "$work/sine.aac"
+  [[ $(frames a "$work/sine.aac") == "$(frames a "$work/sine.m4a")" ]]
+  ffmpeg -v error -xerror -i "$work/sine.aac" -f null - 2>"$work/errors"
+  [[ ! -s $work/errors ]]
+fi
+# Key frames are where the prober has them.
+if [[ -f $work/h264.mp4 ]]; then
+  "$build/examples/example_key_frames" "$work/h264.mp4" | tail -n +2 | cut -d, -f4 >"$work/ours"
+  ffprobe -v error -select_streams v -show_entries packet=pos,flags -of csv=p=0 "$work/h264.mp4" |
+    grep K | cut -d, -f1 >"$work/theirs"
+  cmp "$work/ours" "$work/theirs"
+fi

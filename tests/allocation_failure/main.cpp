@@ -7,7 +7,7 @@
 
 #include "demux/Mp4Demux.h"
 #include "demux/Verdict.h"
-#include "mp4judge/mp4judge.h"
+#include "mp4judge/samples.h"
 #include "tests/Fixtures.h"
 #include "tests/GoldenBoxes.h"
 
@@ -80,24 +80,23 @@ bool IsRight(const Outcome& outcome, bool isProtected) {
          (outcome.answer == MP4JUDGE_HOST_UNREADABLE || outcome.answer == answer);
 }
 
-/// Failing at every call in turn until a run needs no more; the number of failures found.
-int Check(const char* name, const Bytes& bytes, bool isProtected) {
-  const TempFile file(bytes);
-  const std::wstring path = file.wide();
+/// Failing at every call in turn until a run needs no more; the number of failures found. `run`
+/// says whether what it got was right, and is right when nothing fails.
+template <class Run>
+int FailEverywhere(const char* name, const Run& run) {
   int wrong = 0;
   for (long k = 0;; ++k) {
     const long before = live;
     countdown = k;
-    Outcome outcome;
+    bool right = false;
     bool threw = false;
     try {
-      outcome = Use(path, file.path());
+      right = run();
     } catch (...) {
       threw = true;
     }
     const bool exhausted = countdown == 0;
     countdown = -1;
-    const bool right = IsRight(outcome, isProtected);
     if (threw || !right || live != before) {
       std::printf("%s: allocation %ld: %s%s%s\n", name, k, threw ? "threw " : "",
                   right ? "" : "wrong answer ", live != before ? "leaked" : "");
@@ -105,7 +104,7 @@ int Check(const char* name, const Bytes& bytes, bool isProtected) {
     }
     if (!exhausted) {
       std::printf("%s: %ld allocations\n", name, k);
-      return wrong + (outcome.opened ? 0 : 1);
+      return wrong;
     }
   }
 }
@@ -165,6 +164,57 @@ int CheckInspector(const char* name, const Bytes& bytes, mp4judge_verdict verdic
   }
 }
 
+int Check(const char* name, const Bytes& bytes, bool isProtected) {
+  const TempFile file(bytes);
+  const std::wstring path = file.wide();
+  bool opened = false;
+  const int wrong = FailEverywhere(name, [&] {
+    const Outcome outcome = Use(path, file.path());
+    opened = outcome.opened;
+    return IsRight(outcome, isProtected);
+  });
+  return wrong + (opened ? 0 : 1);
+}
+
+/// Every question of the sample index, summed up; 0 when it says that it could not be answered.
+std::uint64_t SumOfSamples(const char* path) {
+  mp4judge_movie* movie = mp4judge_movie_open_path(path, nullptr);
+  std::uint64_t sum = 1;
+  mp4judge_sample sample{};
+  for (std::size_t track = 0; track < mp4judge_movie_track_count(movie); ++track) {
+    mp4judge_cursor* cursor = mp4judge_cursor_new(movie, track);
+    while (mp4judge_cursor_next(cursor, &sample, nullptr) != 0) {
+      sum = sum * 31 + sample.offset + sample.size;
+      sum += mp4judge_movie_at_decode_time(movie, track, sample.decode_time) +
+             mp4judge_movie_at_composition_time(movie, track, sample.composition_time) +
+             mp4judge_movie_sync_before(movie, track, sample.number);
+      mp4judge_movie_sample(movie, track, sample.number, &sample);
+    }
+    mp4judge_cursor_free(cursor);
+    const mp4judge_movie_track* shown = mp4judge_movie_track_at(movie, track);
+    sum += (shown != nullptr ? shown->id : 0) + mp4judge_movie_problem_count(movie, track);
+  }
+  for (const mp4judge_order order : {MP4JUDGE_FILE_ORDER, MP4JUDGE_DECODE_ORDER}) {
+    mp4judge_cursor* cursor = mp4judge_cursor_of_all(movie, order);
+    while (mp4judge_cursor_next(cursor, &sample, nullptr) != 0) sum = sum * 31 + sample.number;
+    mp4judge_cursor_free(cursor);
+  }
+  const bool all = mp4judge_movie_error(movie) == MP4JUDGE_OK;
+  mp4judge_movie_free(movie);
+  return all ? sum : 0;
+}
+
+/// Either the answers, or word that there are none.
+int CheckSamples(const char* name, const Bytes& bytes) {
+  const TempFile file(bytes);
+  const std::uint64_t expected = SumOfSamples(file.path().c_str());
+  const int wrong = FailEverywhere(name, [&] {
+    const std::uint64_t sum = SumOfSamples(file.path().c_str());
+    return sum == expected || sum == 0;
+  });
+  return wrong + (expected > 1 ? 0 : 1);
+}
+
 }  // namespace
 
 int main() {
@@ -185,6 +235,10 @@ int main() {
   const Bytes track = Box("trak", Tkhd(1) + edits + Mdia(golden::Song("enca")));
   wrong += CheckInspector("explained", Ftyp("isom") + Box("moov", Mvhd() + track),
                           MP4JUDGE_PROTECTED, 0);
+  wrong += CheckSamples("samples", Ftyp("isom") + golden::Movie());
+  wrong += CheckSamples("samples of fragments",
+                        Ftyp("isom") + golden::Movie() + golden::Moof() + golden::Moof());
+  wrong += CheckSamples("samples of a compressed movie", Box("moov", Cmov(Moov({Track{}}))));
   std::printf("%s\n", wrong == 0 ? "every allocation may fail" : "FAILED");
   return wrong == 0 ? 0 : 1;
 }

@@ -10,7 +10,10 @@
 #include "boxes/fragments/BoxMOOF.h"
 #include "demux/FileInfoInterface.h"
 #include "demux/Mp4Demux.h"
+#include "io/MemorySource.h"
 #include "io/mmBufReader.h"
+#include "samples/Movie.h"
+#include "samples/SampleCursor.h"
 #include "tests/complexity/Measure.h"
 #include "tests/complexity/Shapes.h"
 
@@ -134,13 +137,55 @@ void MeasureMerge(const Movie& movie) {
   });
 }
 
+/// All samples of all tracks by the exact index, from opening on.
+void MeasureIndex(const Movie& movie) {
+  const Bytes file = movie.head + movie.fragments;
+  Measure([&] {
+    mp4::MemorySource source(file.data(), file.size());
+    mp4::Movie index(&source);
+    mp4::Sample sample;
+    std::uint64_t samples = 0;
+    for (const auto& track : index.Tracks()) {
+      mp4::SampleCursor cursor(track.get());
+      while (cursor.Next(&sample)) ++samples;
+    }
+    if (samples == 0) Die("no sample is listed");
+  });
+}
+
+/// As many look-ups as grow with the movie, all over it.
+void MeasureFind(const Movie& movie) {
+  const Bytes file = movie.head + movie.fragments;
+  mp4::MemorySource source(file.data(), file.size());
+  mp4::Movie index(&source);
+  mp4::Track* track = index.Tracks().at(0).get();
+  mp4::Sample sample;
+  const std::uint64_t count = track->SampleCount();
+  if (!track->At(count, &sample)) Die("no sample is found");
+  const auto length = static_cast<std::uint64_t>(sample.decodeTime) + 1;
+  track->NumberAtCompositionTime(0);
+  Measure([&] {
+    std::uint64_t random = 1;
+    for (std::uint32_t i = 0; i < movie.samples / 2; ++i) {
+      random = random * 6364136223846793005u + 1442695040888963407u;
+      const auto time = static_cast<std::int64_t>((random >> 20) % length);
+      track->At((random >> 20) % count + 1, &sample);
+      track->NumberAtDecodeTime(time);
+      track->NumberAtCompositionTime(time);
+      track->NumberAtPresentationTime(time);
+      track->SyncAtOrBefore((random >> 30) % count + 1);
+    }
+  });
+}
+
 struct Operation {
   const char* name;
   void (*measure)(const Movie& movie);
 };
-constexpr Operation kOperations[] = {{"open", MeasureOpen}, {"judge", MeasureJudge},
-                                     {"walk", MeasureWalk}, {"schedule", MeasureSchedule},
-                                     {"seek", MeasureSeek}, {"merge", MeasureMerge}};
+constexpr Operation kOperations[] = {{"open", MeasureOpen},   {"judge", MeasureJudge},
+                                     {"walk", MeasureWalk},   {"schedule", MeasureSchedule},
+                                     {"seek", MeasureSeek},   {"merge", MeasureMerge},
+                                     {"index", MeasureIndex}, {"find", MeasureFind}};
 
 #define SHAPE(operation, shape, n) \
   { operation, #shape, complexity::shape, n }
@@ -201,6 +246,32 @@ constexpr Case kCases[] = {
     SHAPE("merge", ManyTrackFragments, 2000),
     SHAPE("merge", LongRuns, 4000),
     SHAPE("merge", CountedRuns, 2000),
+    SHAPE("index", Sane, 2000),
+    SHAPE("index", Alternating, 2000),
+    SHAPE("index", ChunkASample, 2000),
+    SHAPE("index", OneChunk, 2000),
+    SHAPE("index", HugeSyncTable, 1000),
+    SHAPE("index", ZeroCounts, 2000),
+    SHAPE("index", FallingCounts, 2000),
+    SHAPE("index", ManyEdits, 1000),
+    SHAPE("index", ManyTracks, 500),
+    SHAPE("index", ManyEmptyBoxes, 1000),
+    SHAPE("index", ManyFragments, 500),
+    SHAPE("index", ManyTinyRuns, 1000),
+    SHAPE("index", ManyTrackFragments, 1000),
+    SHAPE("index", LongRuns, 2000),
+    SHAPE("index", CountedRuns, 100),
+    SHAPE("find", Sane, 2000),
+    SHAPE("find", Alternating, 2000),
+    SHAPE("find", ChunkASample, 2000),
+    SHAPE("find", OneChunk, 2000),
+    SHAPE("find", EverySampleSync, 2000),
+    SHAPE("find", HugeSyncTable, 1000),
+    SHAPE("find", ZeroCounts, 2000),
+    SHAPE("find", FallingCounts, 2000),
+    SHAPE("find", ManyEdits, 1000),
+    SHAPE("find", ManyEmptyEdits, 1000),
+    SHAPE("find", LongRuns, 2000),
 };
 #undef SHAPE
 
@@ -215,7 +286,7 @@ const Operation* Find(const char* name) {
 
 int main(int argc, char** argv) {
   const Operation* operation = argc == 2 ? Find(argv[1]) : nullptr;
-  if (operation == nullptr) Die("usage: complexity open|judge|walk|schedule|seek|merge");
+  if (operation == nullptr) Die("usage: complexity open|judge|walk|schedule|seek|merge|index|find");
   for (const Case& each : kCases) {
     if (std::strcmp(each.operation, operation->name) != 0) continue;
     for (const std::uint32_t n : {each.n, 2 * each.n}) {

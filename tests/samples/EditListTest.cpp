@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include "samples/EditList.h"
 #include "tests/samples/SampleFixtures.h"
 
@@ -83,9 +85,56 @@ TEST(EditList, ExtremeNumbersStayInRange) {
                                EditOf(~std::uint64_t{0}, INT64_MIN), EditOf(5, 0, -1)},
                               1, 0xFFFFFFFF);
   EXPECT_EQ(Media(timeline, 5), INT64_MAX);
-  EXPECT_EQ(Shown(timeline, INT64_MAX), 0);
+  EXPECT_EQ(Shown(timeline, INT64_MAX), kNowhere);
   EXPECT_EQ(Shown(timeline, INT64_MIN), kNowhere);
   EXPECT_EQ(Media(EditTimeline({EditOf(5, 0)}, 0, 1000), 0), kNowhere);
+}
+
+/// The rules, one edit after the other; both timescales are the same.
+std::int64_t ShownByRule(const std::vector<Edit>& edits, std::int64_t mediaTime) {
+  std::int64_t start = 0;
+  for (const Edit& edit : edits) {
+    const auto length = static_cast<std::int64_t>(edit.duration);
+    const std::int64_t inside = mediaTime - edit.mediaTime;
+    if (!edit.IsEmpty() && length > 0 && inside >= 0 && edit.Rate() >= 0) {
+      if (edit.IsDwell() && inside == 0) return start;
+      if (!edit.IsDwell() && inside * 65536 / edit.Rate() < length) {
+        return start + inside * 65536 / edit.Rate();
+      }
+    }
+    start += length;
+  }
+  return kNowhere;
+}
+std::int64_t MediaByRule(const std::vector<Edit>& edits, std::int64_t presentation) {
+  std::int64_t start = 0;
+  for (const Edit& edit : edits) {
+    const std::int64_t inside = presentation - start;
+    start += static_cast<std::int64_t>(edit.duration);
+    if (inside < 0 || presentation >= start) continue;
+    if (edit.IsEmpty()) return kNowhere;
+    return edit.mediaTime + (edit.Rate() > 0 ? inside * edit.Rate() / 65536 : 0);
+  }
+  return kNowhere;
+}
+
+TEST(EditList, RandomEditsFollowTheRules) {
+  std::mt19937 random(5);
+  for (int round = 0; round < 300; ++round) {
+    std::vector<Edit> edits;
+    for (std::uint32_t i = random() % 6 + 1; i > 0; --i) {
+      Edit edit = EditOf(random() % 30, static_cast<std::int64_t>(random() % 40) - 1,
+                         static_cast<std::int16_t>(random() % 4) - 1);
+      if (random() % 3 == 0) edit.rateFraction = static_cast<std::uint16_t>(random());
+      edits.push_back(edit);
+    }
+    if (edits.back().duration == 0) edits.back().duration = 1;
+    const EditTimeline timeline(edits, 1000, 1000);
+    for (std::int64_t time = -2; time < 200; ++time) {
+      ASSERT_EQ(Shown(timeline, time), ShownByRule(edits, time)) << round << " at " << time;
+      ASSERT_EQ(Media(timeline, time), MediaByRule(edits, time)) << round << " at " << time;
+    }
+  }
 }
 
 TEST(EditList, BothWidthsAreRead) {
