@@ -23,7 +23,7 @@ from ._report import (
     Track,
     Verdict,
 )
-from ._scan import Summary, objects_of, read_rows, scan
+from ._scan import Summary, judge_row, objects_of, read_rows, scan
 from ._sources import Source
 from ._tree import Box, Tree, tree
 
@@ -53,6 +53,7 @@ __all__ = [
     "Verdict",
     "inspect",
     "judge",
+    "judge_row",
     "objects_of",
     "open",
     "read_rows",

@@ -5,13 +5,16 @@ from __future__ import annotations
 import json
 import os
 import pathlib
+import re
+import subprocess
+import sys
 from typing import Any
 
 import boxes
 import mp4judge
 import pytest
 import serving
-from mp4judge._scan import judge_row
+from mp4judge import judge_row
 
 dask = pytest.importorskip("dask")
 pytest.importorskip("fsspec")
@@ -198,3 +201,25 @@ def test_names_need_not_be_utf8(tmp_path: pathlib.Path) -> None:
     assert mp4judge.scan([os.fsdecode(name)], out).verdicts == {"protected": 1}
     (row,) = mp4judge.read_rows(out)
     assert os.fsencode(row["path"]) == name
+
+
+def test_the_program_of_the_guide_runs(folder: pathlib.Path) -> None:
+    root = pathlib.Path(__file__).parents[3]
+    (program,) = re.findall(r"```python\n(.*?)```", (root / "docs" / "scale.md").read_text(), re.S)
+    folder.rename(folder.parent / "FOLDER")
+    # Of this machine's cores one does; starting the others is what costs.
+    (folder.parent / "guide.py").write_text(program)
+    done = subprocess.run(
+        [sys.executable, "guide.py"],
+        cwd=folder.parent,
+        env={
+            **os.environ,
+            "PYTHONPATH": str(root / "bindings" / "python"),
+            "DASK_SCHEDULER": "synchronous",
+        },
+        capture_output=True,
+        text=True,
+        check=True,
+    )
+    assert "('protected', 2)" in done.stdout
+    assert "Summary(objects=4" in done.stdout
