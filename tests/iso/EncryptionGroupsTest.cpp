@@ -60,3 +60,20 @@ TEST(EncryptionGroups, AnEntryShorterThanItsFieldsIsNone) {
   EXPECT_FALSE(ReadGroups(GroupBox(1, 20, 1, GroupEntry().Cut(19)), &groups));
   EXPECT_TRUE(groups.empty());
 }
+
+TEST(EncryptionGroups, ReadsSeveralKeysOfAnEntry) {
+  const Bytes multi = Bytes{0x80, 0, 1}.Be16(2).Byte(8).Fill(16, 1).Byte(8).Fill(16, 2);
+  std::vector<EncryptionGroup> groups;
+  EXPECT_TRUE(ReadGroups(GroupBox(1, 39, 1, multi), &groups));
+  ASSERT_EQ(groups.size(), 1u);
+  ASSERT_EQ(groups[0].keyIds.size(), 2u);
+  EXPECT_EQ(groups[0].keyIds[1][0], 2);
+}
+
+TEST(EncryptionGroups, ReadsAConstantVectorBetweenEntriesWithoutLengths) {
+  const Bytes constant = Bytes{0, 0, 1, 0}.Fill(16, 7).Byte(8).Fill(8);
+  std::vector<EncryptionGroup> groups;
+  EXPECT_TRUE(ReadGroups(GroupBox(0, 0, 2, constant + GroupEntry()), &groups));
+  ASSERT_EQ(groups.size(), 2u);
+  EXPECT_EQ(groups[1].keyIds.at(0)[0], 0xAB);
+}
