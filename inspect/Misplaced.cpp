@@ -5,9 +5,6 @@
 
 namespace mp4 {
 
-namespace {
-
-/// Boxes through which the way to a sample entry, an item or a scheme leads.
 bool IsOnTheWay(std::uint32_t type) {
   switch (type) {
     case FourCC("moov"):
@@ -31,6 +28,8 @@ bool IsOnTheWay(std::uint32_t type) {
       return false;
   }
 }
+
+namespace {
 
 /// First boxes of those on the way.
 bool BeginsOneOnTheWay(std::uint32_t type) {

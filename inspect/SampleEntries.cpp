@@ -174,6 +174,8 @@ class EntryInspection {
   /// An entry whose layout nobody knows, or a box that covers others, could hold a scheme all the
   /// same: then its four characters stand somewhere.
   void LookForHiddenSchemes() {
+    if (IsOnTheWay(tree_.At(entry_).type))
+      findings_->Doubt(entry_, "a box that is none stands among the sample entries");
     if (wrapsProtected_) findings_->Doubt(entry_, "a \"wave\" box names a protected format");
     if (hiding_ != kNoBox) findings_->Doubt(hiding_, "an unknown box is laid out like a \"sinf\"");
     constexpr std::size_t kStep = std::size_t{16} << 10;

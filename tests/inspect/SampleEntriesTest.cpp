@@ -259,6 +259,13 @@ TEST(SampleEntries, AnEntryThatOverrunsTheDescriptionIsNotClear) {
   }
 }
 
+TEST(SampleEntries, ABoxThatIsNoEntryAmongThemIsNotClear) {
+  for (const Bytes& stray : {p::Sinf("avc1", "cenc"), p::Tenc(), p::VideoTrak(2)}) {
+    EXPECT_EQ(p::kUndetermined,
+              p::VerdictOf(p::Movie(p::Trak(1, "vide", {p::ClearVideo(), stray}))));
+  }
+}
+
 TEST(SampleEntries, StringsInFrontOfASchemeAreSkipped) {
   const Bytes strings = Bytes().Text("a").Byte(0).Text("b").Byte(0).Text("c").Byte(0);
   for (const char* format : {"stpp", "encu"}) {
