@@ -10,7 +10,7 @@ build_needs=(c++:g++ cmake:cmake ninja:ninja-build -:zlib1g-dev -:libcli11-dev
 test_needs=("${build_needs[@]}" cc:gcc nm:binutils clang-format:clang-format -:libgtest-dev
   valgrind:valgrind)
 # Without these a part of the tests is left out.
-useful_in_tests=(pkg-config:pkg-config clang++:clang python3:python3
+useful_in_tests=(pkg-config:pkg-config abidiff:abigail-tools clang++:clang python3:python3
   pytest-3:python3-pytest -:python3-numpy -:python3-pandas mypy:mypy
   -:python3-dask -:python3-distributed -:python3-fsspec -:python3-aiohttp -:python3-requests)
 lint_needs=("${test_needs[@]}" clang-tidy:clang-tidy)
