@@ -6,7 +6,7 @@ jobs=$(nproc 2>/dev/null || echo 2)
 
 # What each purpose needs: "command:package", or "-:package" for files without a command.
 build_needs=(c++:g++ cmake:cmake ninja:ninja-build -:zlib1g-dev -:libcli11-dev
-  -:libsqlite3-dev -:libseccomp-dev)
+  -:libsqlite3-dev -:libseccomp-dev -:nlohmann-json3-dev)
 test_needs=("${build_needs[@]}" cc:gcc nm:binutils clang-format:clang-format -:libgtest-dev
   valgrind:valgrind)
 # Without these a part of the tests is left out.

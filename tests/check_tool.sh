@@ -101,6 +101,90 @@ case_obstacles() {
   fi
 }
 
+case_tree() {
+  run 0 tree clear.m4a
+  says out '^ +0 +[0-9]+  ftyp  File Type Box$'
+  says out '^ +majorBrand='
+  says out '  moov  Movie Box$'
+  run 0 tree --no-fields -d 1 clear.m4a
+  ! grep -q '=' out || { echo "FAILED: fields are printed"; failed=1; }
+  ! grep -q 'mvhd' out || { echo "FAILED: the depth is passed over"; failed=1; }
+  run 0 tree -p stsd protected.m4a
+  says out '^ +[0-9]+ +[0-9]+  stsd  Sample Description Box$'
+  says out '^ +[0-9]+ +[0-9]+    drms  Protected Audio Sample Entry$'
+  run 0 tree --json -p /moov/mvhd clear.m4a
+  says out '"path": "moov/mvhd"'
+  head -c 200 clear.m4a >cut.m4a
+  run 0 tree cut.m4a
+  says out '! .*is cut at byte'
+  run 2 tree --most 3 clear.m4a
+  says err '--most allows more'
+  run 2 tree missing.m4a
+  says err '^mp4judge: missing.m4a: No such file or directory$'
+  run 2 tree
+  says err 'FILE is required'
+  run 2 tree clear.m4a clear.m4a
+  cp clear.m4a '[a,b]'
+  cp clear.m4a -- '-x.m4a'
+  run 0 tree '[a,b]'
+  run 0 tree -- '-x.m4a'
+  run 0 tree --help
+  says out 'mp4judge tree \[OPTIONS\] FILE'
+}
+
+case_info() {
+  run 0 info clear.m4a
+  says out '^  protection +clear$'
+  says out '^Track 1: audio'
+  run 0 info protected.m4a
+  says out 'PROTECTED'
+  run 0 info --json clear.m4a
+  says out '"verdict": "clear"'
+  printf 'no movie at all' >text
+  run 0 info text
+  says out '^  protection +undetermined'
+  run 2 info missing.m4a
+}
+
+case_chart() {
+  run 0 chart protected.m4a -o a.svg
+  silent
+  says a.svg '^<svg xmlns='
+  says a.svg 'prefers-color-scheme:dark'
+  says a.svg '>protected'
+  run 0 chart clear.m4a -o a.html
+  says a.html '^<!doctype html>'
+  ! grep -qE '(src|href)=' a.html || { echo "FAILED: the page loads something"; failed=1; }
+  cp clear.m4a '<script>&.m4a'
+  run 0 chart '<script>&.m4a' -o b.svg
+  says b.svg '&lt;script&gt;&amp;.m4a'
+  run 0 chart '<script>&.m4a' -o b.html
+  says b.html '"file":"\\u003cscript>&.m4a"'
+  run 2 chart clear.m4a -o a.png
+  says err 'ends in .svg or .html'
+  run 2 chart clear.m4a
+  run 2 chart clear.m4a -o missing/a.svg
+  says err 'cannot be written'
+  run 2 chart missing.m4a -o c.svg
+}
+
+case_diff() {
+  run 0 diff clear.m4a clear.m4a
+  silent
+  run 1 diff clear.m4a protected.m4a
+  says out '^~ protection: clear -> protected'
+  says out '^- moov/trak\[1\]/mdia/minf/stbl/stsd/'
+  says out '^\+ moov/trak\[1\]/mdia/minf/stbl/stsd/drms\[1\]'
+  cp clear.m4a other.m4a
+  local at
+  at=$(grep -abo stts clear.m4a | head -n 1 | cut -d: -f1)
+  printf '\x01' | dd of=other.m4a bs=1 seek=$((at + 15)) conv=notrunc status=none
+  run 1 diff clear.m4a other.m4a
+  says out '^~ moov/trak\[1\]/mdia/minf/stbl/stts: '
+  run 2 diff clear.m4a missing.m4a
+  run 2 diff clear.m4a
+}
+
 case_names() {
   local name
   for name in $'\u00fc\u20ac\U0001d11e.m4a' '[clear,x]' '{}' '-' '-x.m4a' 'a b' '%s' '@list' \
@@ -262,6 +346,34 @@ case_usage() {
   bash -n out || failed=1
   ! command -v zsh >/dev/null || { run 0 --print zsh && zsh -n out || failed=1; }
   ! command -v fish >/dev/null || { run 0 --print fish && fish -n out || failed=1; }
+}
+
+# 43 frames of 4 bytes, one after the other up to the end of the file.
+case_list_samples() {
+  local first=$(($(stat -c %s clear.m4a) - 43 * 4))
+  run 0 samples --json clear.m4a
+  [[ $(wc -l <out) == 43 ]] || failed=1
+  says out "^\\{\"track\":1,\"sample\":1,\"offset\":$first,\"size\":4,\"dts\":0,\"cts\":0,\"duration\":1024,\"sync\":true,\"description\":1,\"protected\":false\\}\$"
+  run 0 samples --json protected.m4a
+  says out '"sample":43,.*"protected":true\}$'
+  run 0 samples --csv --track 1 clear.m4a
+  [[ $(wc -l <out) == 44 ]] || failed=1
+  says out "^1,43,$((first + 42 * 4)),4,43008,43008,1024,1,1,0,0,0\$"
+  run 0 samples clear.m4a
+  run 2 samples --track 2 clear.m4a
+  says err 'there is no such track$'
+  run 2 samples missing.m4a
+  says err 'missing.m4a: No such file or directory$'
+  run 2 samples
+  says err 'samples takes one file$'
+  run 0 samples --help
+  says out '^Usage: mp4judge samples'
+  head -c $((first + 10)) clear.m4a >cut.m4a
+  run 0 samples --json cut.m4a
+  says out '"sample":4,.*"outside":true\}$'
+  # A file of that name.
+  cp clear.m4a samples
+  run 0 ./samples
 }
 
 # Colours on a terminal alone, and not with NO_COLOR.

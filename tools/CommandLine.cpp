@@ -140,4 +140,30 @@ bool ParseJudgeArguments(const std::vector<std::string>& arguments, JudgeOptions
   return true;
 }
 
+bool ParseSamplesArguments(const std::vector<std::string>& arguments, SamplesOptions* options,
+                           int* status) {
+  CLI::App app(words::kSamplesPurpose, "mp4judge samples");
+  app.set_help_flag("-h,--help", words::kHelp);
+  app.add_flag("--json", options->json, words::kSamplesJson);
+  app.add_flag("--csv", options->csv, words::kSamplesCsv)->excludes("--json");
+  app.add_option("--track", options->track, words::kSamplesTrack)->type_name("ID");
+  app.add_option("--init", options->init, words::kSamplesInit)->type_name("FILE");
+  Sorted sorted = Sort(app, arguments);
+  try {
+    app.parse(std::move(sorted.options));
+  } catch (const CLI::CallForHelp&) {
+    *status = Say(PrintFor("samples help", Described(app)));
+    return false;
+  } catch (const CLI::ParseError& error) {
+    *status = Complain(error.what());
+    return false;
+  }
+  if (sorted.names.size() != 1) {
+    *status = Complain("samples takes one file");
+    return false;
+  }
+  options->path = std::move(sorted.names.front());
+  return true;
+}
+
 }  // namespace tool

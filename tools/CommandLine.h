@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "tools/JudgeOptions.h"
+#include "tools/SamplesCommand.h"
 
 namespace tool {
 
@@ -12,5 +13,9 @@ namespace tool {
 /// wrong, and what there is to say has been said.
 bool ParseJudgeArguments(const std::vector<std::string>& arguments, JudgeOptions* options,
                          int* status);
+
+/// The same for "mp4judge samples".
+bool ParseSamplesArguments(const std::vector<std::string>& arguments, SamplesOptions* options,
+                           int* status);
 
 }  // namespace tool

@@ -65,16 +65,22 @@ std::string Wrapped(std::string first, const std::string& text, std::size_t inde
   return line + '\n';
 }
 
-std::string Help(const std::vector<OptionWords>& options) {
+std::string OptionHelp(const char* purpose, const char* usage,
+                       const std::vector<OptionWords>& options) {
   constexpr std::size_t kIndent = 27;
-  std::string text = Wrapped("", words::kPurpose, 0) + "\n" + words::kUsage + "\n\nOptions:\n";
+  std::string text = Wrapped("", purpose, 0) + "\n" + usage + "\n\nOptions:\n";
   for (const OptionWords& option : options) {
     std::string names = option.names.size() > 1 ? "  " : "      ";
     names += NamesOf(option, ", ");
     if (!option.value.empty()) names += " " + option.value;
     text += Wrapped(std::move(names), option.text, kIndent);
   }
-  return text + "\n" + words::kVerdicts + "\n" + words::kCommands + "\n" + words::kStatus;
+  return text;
+}
+
+std::string Help(const std::vector<OptionWords>& options) {
+  return OptionHelp(words::kPurpose, words::kUsage, options) + "\n" + words::kVerdicts + "\n" +
+         words::kCommands + "\n" + words::kStatus;
 }
 
 std::string ManPage(const std::vector<OptionWords>& options) {
@@ -170,6 +176,9 @@ std::string Fish(const std::vector<OptionWords>& options) {
 
 std::string PrintFor(const std::string& what, const std::vector<OptionWords>& options) {
   if (what == "help") return Help(options);
+  if (what == "samples help") {
+    return OptionHelp(words::kSamplesPurpose, words::kSamplesUsage, options);
+  }
   if (what == "man") return ManPage(options);
   if (what == "bash") return Bash(options);
   return what == "zsh" ? Zsh(options) : Fish(options);

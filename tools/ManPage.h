@@ -13,8 +13,8 @@ struct OptionWords {
   std::vector<std::string> choices;  ///< what the value may be, when that is a list
 };
 
-/// What --help prints ("help"), the man page ("man"), or the completion script of a shell ("bash",
-/// "zsh", "fish").
+/// What --help prints ("help", "samples help"), the man page ("man"), or the completion script of a
+/// shell ("bash", "zsh", "fish").
 std::string PrintFor(const std::string& what, const std::vector<OptionWords>& options);
 
 }  // namespace tool

@@ -61,4 +61,20 @@ constexpr const char* kStatus =
     "       not be written\n"
     "  130  interrupted\n";
 
+constexpr const char* kSamplesPurpose =
+    "Lists every sample of a movie: where it lies in the file and when it plays. Times are in "
+    "units "
+    "of the track. Samples whose place is unknown are not listed; what is wrong with the boxes "
+    "that "
+    "place them goes to standard error, and the exit status is then 2.";
+constexpr const char* kSamplesUsage = "Usage: mp4judge samples [OPTIONS] FILE";
+constexpr const char* kSamplesJson =
+    "A JSON object a line: track, sample, offset, size, dts, cts, duration, sync, description, "
+    "protected; null for what cannot be told. Where they apply: fragment (its number), outside "
+    "(not "
+    "all of its bytes are in the file), external (its data lie in another file)";
+constexpr const char* kSamplesCsv = "The same as comma-separated values, with a header";
+constexpr const char* kSamplesTrack = "Only the track of this ID";
+constexpr const char* kSamplesInit = "FILE is a media segment, which this file initializes";
+
 }  // namespace tool::words
