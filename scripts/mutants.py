@@ -284,11 +284,11 @@ class Tests:
             suites.update(re.findall(r"^TEST(?:_[FP])?\((\w+)", path.read_text(), re.M))
         return ":".join(f"{s}.*:*/{s}.*" for s in sorted(suites))
 
-    def notice(self, mutant):
+    def notice(self, mutant, quick):
         near = self.named_after(mutant.file)
         return ((near and not self.pass_(near, 10)) or
                 not self.pass_(f"*-{self.slow}:{self.without}", self.most) or
-                not self.pass_(self.slow, self.most))
+                not (quick or self.pass_(self.slow, self.most)))
 
 
 def chosen(args):
@@ -326,6 +326,8 @@ def main():
     parser.add_argument("--at", nargs="+", metavar="FILE:LINE")
     parser.add_argument("--without", default="", metavar="FILTER", help="tests that are not run")
     parser.add_argument("--list", action="store_true")
+    parser.add_argument("--quick", action="store_true",
+                        help="leave out the suites that take long; what survives may not survive them")
     parser.add_argument("--build", type=pathlib.Path, default=ROOT / "build" / "mutants")
     args = parser.parse_args()
 
@@ -351,7 +353,7 @@ def main():
                 counts["broken"] += 1
                 continue
             counts["tried"] += 1
-            if tests.notice(mutant):
+            if tests.notice(mutant, args.quick):
                 counts["noticed"] += 1
             elif (mutant.file, mutant.text, change(mutant)) in known:
                 counts["equivalent"] += 1
@@ -359,7 +361,7 @@ def main():
                 counts["survived"] += 1
                 print(describe(mutant), flush=True)
             if counts["tried"] % 10 == 0:
-                print(f"{counts['tried']} tried, {counts['survived']} unnoticed, "
+                print(f"{counts['tried']} tried, {counts['survived']} unnoticed, last {describe(mutant)}, "
                       f"{time.monotonic() - started:.0f} s", file=sys.stderr, flush=True)
     counted = counts["tried"] - counts["equivalent"]
     print(f"{counts['tried']} changes (and {counts['broken']} that do not compile): "

@@ -166,6 +166,12 @@ TEST(VisualSampleEntry, StoresNoSvq3HeaderWithoutData) {
   }
 }
 
+TEST(VisualSampleEntry, OneByteOfDataMakesAnSvq3Header) {
+  const Read read(VisualFields("SVQ3") + Box("SMI ", Sequence(1, 1)));
+  EXPECT_EQ(99U, read.one.track->extraDataSize[0]);
+  EXPECT_EQ(99, read.position);
+}
+
 TEST(VisualSampleEntry, StoresAnSvq3HeaderOfUpToAThousandBytes) {
   const Read fits(VisualFields("SVQ3") + Box("SMI ", Sequence(992, 992)));
   EXPECT_EQ(1090U, fits.one.track->extraDataSize[0]);

@@ -190,6 +190,19 @@ TEST(BoxSTSS, JudgingKeepsStateAndPosition) {
   }
 }
 
+TEST(BoxSTSS, ARefusedTableIsEmpty) {
+  const Bytes payload = StssPayload(2, {1, 31});
+  mp4::ScanControl scan(static_cast<std::int64_t>(payload.size()));
+  while (scan.TakeBytes(1 << 20)) {
+  }
+  mmBufReader reader(payload.data(), payload.size());
+  reader.AttachScan(&scan);
+  BoxSTSS box;
+  EXPECT_FALSE(box.ReadData(&reader, 16, nullptr));
+  EXPECT_EQ(box.GetEntryCount(), 0);
+  EXPECT_EQ(box.GetSampleIndexBeforeThis(40), 0xFFFFFFFFu);
+}
+
 TEST(BoxSTSS, AppendsReturnTheBytesHeld) {
   BoxSTSS box;
   ASSERT_TRUE(ReadPayload(&box, StssPayload(2, {1, 31})));

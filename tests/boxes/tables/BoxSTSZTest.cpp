@@ -289,6 +289,20 @@ TEST(BoxSTSZ, JudgingPassesOverTheRowsAsIfRead) {
   EXPECT_EQ(box.GetSampleSize(0), 0u);
 }
 
+TEST(BoxSTSZ, ARefusedTableIsEmpty) {
+  const Bytes payload = StszPayload(0, 2, {100, 300});
+  mp4::ScanControl scan(static_cast<std::int64_t>(payload.size()));
+  while (scan.TakeBytes(1 << 20)) {
+  }
+  mmBufReader reader(payload.data(), payload.size());
+  reader.AttachScan(&scan);
+  BoxSTSZ box;
+  EXPECT_FALSE(box.ReadData(&reader, 20, nullptr));
+  EXPECT_EQ(box.GetSampleCount(), 0u);
+  EXPECT_EQ(box.GetSampleSize(0), 0u);
+  EXPECT_EQ(reader.GetPos(), 20);
+}
+
 TEST(BoxSTSZ, AppendToAnEmptyTableStartsTheConstantForm) {
   OneTrack audio("soun");
   BoxSTSZ box;
