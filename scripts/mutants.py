@@ -114,7 +114,8 @@ def known_equivalents():
     if EQUIVALENT.exists():
         for line in EQUIVALENT.read_text().splitlines():
             if not line.startswith("#") and line.strip():
-                file, text, change, _ = (part.strip() for part in line.split(" | ", 3))
+                file, text, change, _ = (part.strip().replace("\\|", "|")
+                                         for part in line.split(" | ", 3))
                 known.add((file, text, change))
     return known
 

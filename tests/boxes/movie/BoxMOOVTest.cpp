@@ -305,6 +305,14 @@ TEST(CompressedMovie, InnerSizeIsTakenFromTheFirstFourBytes) {
   EXPECT_TRUE(movie.box.tracks.empty());
 }
 
+TEST(CompressedMovie, InnerSizeCountsItsHeader) {
+  // One byte behind the movie header makes the walk go on into the track.
+  const auto header = static_cast<std::uint32_t>(Mvhd().size());
+  Bytes inner = Box("moov", Mvhd() + TrackOf(3));
+  EXPECT_EQ(Movie(fixture::Cmov(inner.PutBe32(0, 8 + header + 1))).box.tracks.size(), 1u);
+  EXPECT_EQ(Movie(fixture::Cmov(inner.PutBe32(0, 8 + header))).box.tracks.size(), 0u);
+}
+
 TEST(CompressedMovie, InnerSizeZeroReadsNothing) {
   Bytes inner = Box("moov", Mvhd() + TrackOf(3));
   inner.PutBe32(0, 0);
