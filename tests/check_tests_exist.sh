@@ -18,7 +18,7 @@ while read -r header; do
   [[ -z $found ]] || continue
   echo "$header: no test of it in a file tests/**/${name}Test.cpp"
   failed=1
-done < <(for folder in io codecs boxes demux; do
+done < <(for folder in io codecs boxes demux iso; do
   [[ ! -d $folder ]] || find "$folder" -name '*.h'
 done | sort)
 
