@@ -25,7 +25,7 @@ from ._report import (
 )
 from ._scan import Summary, judge_row, objects_of, read_rows, scan
 from ._sources import Source
-from ._tree import Box, Tree, tree
+from ._tree import Box, Tree, info, tree
 
 __version__ = version()
 
@@ -51,6 +51,7 @@ __all__ = [
     "Track",
     "Tree",
     "Verdict",
+    "info",
     "inspect",
     "judge",
     "judge_row",

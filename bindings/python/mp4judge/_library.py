@@ -145,6 +145,7 @@ _FUNCTIONS: dict[str, tuple[object, list[object]]] = {
     "mp4judge_tree_error": (c_int, [c_void_p]),
     "mp4judge_tree_errno": (c_int, [c_void_p]),
     "mp4judge_tree_json": (c_char_p, [c_void_p, TREE_OPTIONS]),
+    "mp4judge_info_json": (c_char_p, [c_void_p, c_int]),
     "mp4judge_movie_open_path": (c_void_p, [c_char_p, c_char_p]),
     "mp4judge_movie_open_memory": (c_void_p, [c_void_p, c_size_t, c_void_p, c_size_t]),
     "mp4judge_movie_open_callbacks": (c_void_p, [READ_AT, SIZE, c_void_p]),

@@ -107,3 +107,12 @@ def test_failures_are_raised(tmp_path: pathlib.Path) -> None:
 
     with pytest.raises(OSError, match="read"):
         mp4judge.tree(Shrunk(boxes.clear()))
+
+
+def test_the_movie_is_told_in_words(tmp_path: pathlib.Path) -> None:
+    (tmp_path / "a.mp4").write_bytes(boxes.film([5, 3, 9]))
+    info = mp4judge.info(tmp_path / "a.mp4")
+    assert info == mp4judge.info(io.BytesIO(boxes.film([5, 3, 9])))
+    assert len(info["tracks"]) == 1
+    with pytest.raises(FileNotFoundError):
+        mp4judge.info(tmp_path / "missing")
