@@ -29,7 +29,7 @@ class Fragments {
   Findings* findings_;
   Signs* signs_;
   std::vector<FragmentUse> uses_;
-  std::unordered_set<std::uint64_t> seen_;
+  std::set<std::uint64_t> seen_;
 };
 
 }  // namespace mp4

@@ -129,6 +129,10 @@ class ItemInspection {
     item->scheme = scheme.type;
     Subject subject = SubjectOf(*item);
     findings_->Protect(item->box, subject, "An item with a protection index.");
+    // Once for all items of one scheme: many items may share one that is large.
+    if (reported_.empty()) reported_.resize(sinfs_.size());
+    if (reported_[item->protection - 1U]) return;
+    reported_[item->protection - 1U] = true;
     ReportSchemeInfo(findings_, sinfs_[item->protection - 1U], scheme, subject);
   }
 
@@ -202,6 +206,7 @@ class ItemInspection {
   std::vector<Item> items_;
   std::vector<BoxId> sinfs_;
   std::vector<ReportScheme> schemes_;  ///< of the boxes in sinfs_
+  std::vector<bool> reported_;         ///< which of them stand in the evidence
   ItemReferences derived_;
   BoxId parameters_ = kNoBox;
   BoxId primaryBox_ = kNoBox;

@@ -110,7 +110,7 @@ class MovieInspection {
   BoxTree& tree_;
   MovieFacts* movie_;
   Signs* signs_;
-  std::unordered_map<std::uint32_t, std::uint32_t> extends_;
+  std::map<std::uint32_t, std::uint32_t> extends_;
 };
 
 }  // namespace

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <unordered_map>
+#include <map>
 #include <vector>
 
 #include "inspect/Findings.h"
@@ -26,7 +26,8 @@ struct ObjectTrack {
 struct MovieFacts {
   bool seen = false;          ///< whether there was a movie box at all
   bool hasFragments = false;  ///< whether one announces fragments (MovieExtendsBox)
-  std::unordered_map<std::uint32_t, TrackFacts> tracks;  ///< by id
+  /// Ordered: numbers from a file can be chosen so that they all hash alike.
+  std::map<std::uint32_t, TrackFacts> tracks;  ///< by id
   std::vector<ObjectTrack> objectTracks;
 };
 

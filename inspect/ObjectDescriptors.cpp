@@ -122,10 +122,11 @@ class ObjectInspection {
       if (part.tag == kTagIpmpPointer) pointers.push_back(ReadPointer(part.payload));
       if (part.tag == kTagEs) Doubt("an object descriptor holds a stream of its own");
     }
-    for (const std::uint32_t pointer : pointers) {
-      for (const std::uint32_t stream : streams) targets_.push_back({stream, pointer});
-      if (streams.empty()) targets_.push_back({0, pointer});
-    }
+    // Each pointer protects each stream; that every one of both is met says the same.
+    const std::uint32_t firstStream = streams.empty() ? 0 : streams.front();
+    for (const std::uint32_t pointer : pointers) targets_.push_back({firstStream, pointer});
+    for (std::size_t i = 1; i < streams.size() && !pointers.empty(); ++i)
+      targets_.push_back({streams[i], pointers.front()});
     return whole;
   }
 
@@ -200,8 +201,8 @@ class ObjectInspection {
   MovieFacts* movie_;
   std::vector<std::uint32_t> mpod_;
   std::vector<Target> targets_;
-  std::unordered_map<std::uint32_t, std::string> schemes_;  ///< by number of the IPMP descriptor
-  std::uint64_t bytes_ = 0;                                 ///< of all samples so far
+  std::map<std::uint32_t, std::string> schemes_;  ///< by number of the IPMP descriptor
+  std::uint64_t bytes_ = 0;                       ///< of all samples so far
   std::string path_;
   const std::vector<unsigned char>* sample_ = nullptr;
   std::uint64_t sampleOffset_ = 0;

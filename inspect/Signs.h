@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <unordered_set>
+#include <set>
 #include <vector>
 
 #include "inspect/Findings.h"
@@ -41,8 +41,8 @@ class Signs {
 
   Findings* findings_;
   std::vector<Sign> signs_;
-  std::unordered_set<std::uint64_t> seen_;             ///< track and kind
-  std::unordered_set<std::uint32_t> describedTracks_;  ///< with descriptions of "seig" groups
+  std::set<std::uint64_t> seen_;             ///< track and kind
+  std::set<std::uint32_t> describedTracks_;  ///< with descriptions of "seig" groups
 };
 
 }  // namespace mp4

@@ -10,7 +10,9 @@ namespace mp4 {
 
 namespace {
 
-constexpr std::uint64_t kSpareBoxes = 256 * 1024;
+constexpr std::uint64_t kSpareBoxes = 512 * 1024;
+/// Media and tables make real files far larger; what is held for a box takes several times this.
+constexpr std::uint64_t kBytesPerBox = 16;
 /// All inflated movies together. The box tables of the longest films take a tenth of it.
 constexpr std::uint64_t kMostInflated = std::uint64_t{64} << 20;
 constexpr int kDeepest = 48;
@@ -20,6 +22,8 @@ constexpr std::size_t kMostProblems = 1000;
 /// Zeros behind the last child are believed to be padding after so many.
 constexpr std::uint64_t kPaddingLookedAt = std::uint64_t{16} << 10;
 constexpr std::size_t kOrdinalsInWalk = 12;
+/// Types counted beside those; no movie has as many, and paths alone show them.
+constexpr std::size_t kMostOrdinals = 256 * 1024;
 
 /// Boxes that usually have siblings of their type: their ordinal is always written.
 bool IsListed(std::uint32_t type, std::uint32_t parent) {
@@ -43,7 +47,7 @@ bool IsListed(std::uint32_t type, std::uint32_t parent) {
 TreeLimits TreeLimits::For(std::uint64_t sourceSize) {
   // What no memory holds needs no counting; the sums cannot overflow then.
   const std::uint64_t size = std::min(sourceSize, std::uint64_t{1} << 56);
-  return {size / 8 + kSpareBoxes, kMostInflated, kDeepest};
+  return {size / kBytesPerBox + kSpareBoxes, kMostInflated, kDeepest};
 }
 
 BoxTree::BoxTree(CachedSource* source) : BoxTree(source, TreeLimits::For(source->Size())) {}
@@ -265,6 +269,7 @@ std::uint32_t BoxTree::NextOrdinal(BoxId parent, Walk* walk, std::uint32_t type)
     walk->ordinals.emplace_back(type, 1);
     return 1;
   }
+  if (moreOrdinals_.size() >= kMostOrdinals) return 1;
   return ++moreOrdinals_[std::uint64_t{parent} << 32 | type];
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
+#include <map>
 #include <memory>
 #include <string>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -19,7 +19,7 @@ struct TreeLimits {
   std::uint64_t inflated;  ///< bytes of inflated movies
   int depth;
 
-  /// One box per 8 bytes, which no source exceeds by itself, and what inflated movies add.
+  /// One box per 16 bytes, and half a million for small sources and inflated movies.
   static TreeLimits For(std::uint64_t sourceSize);
 };
 
@@ -74,6 +74,14 @@ class BoxTree {
   bool LimitMet() const { return limitMet_; }
   CachedSource* Source() { return source_; }
 
+  /// The handler found last and the description it belongs to: every entry asks again, and a
+  /// hostile media box has many boxes in front of its handler. Kept by mp4::HandlerOf.
+  struct KnownHandler {
+    BoxId sampleDescription = kNoBox;
+    std::uint32_t type = 0;
+  };
+  KnownHandler& LastHandler() { return lastHandler_; }
+
  private:
   /// How far the children of one box have been walked.
   struct Walk {
@@ -102,10 +110,11 @@ class BoxTree {
   std::vector<Box> boxes_;
   std::vector<Walk> walks_;  ///< the first is nobody's
   std::vector<std::vector<unsigned char>> inflated_;
-  std::unordered_map<std::uint64_t, std::uint32_t> moreOrdinals_;
+  std::map<std::uint64_t, std::uint32_t> moreOrdinals_;
   std::vector<BoxProblem> problems_;
   std::uint64_t problemsDropped_ = 0;
   bool limitMet_ = false;
+  KnownHandler lastHandler_;
 };
 
 }  // namespace mp4

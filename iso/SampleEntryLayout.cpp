@@ -167,7 +167,9 @@ bool IsSampleEntry(const BoxTree& tree, BoxId id) {
   return above == kNoBox || tree.At(above).type != FourCC("stsd");
 }
 
-std::uint32_t HandlerOf(BoxTree* tree, BoxId sampleDescription) {
+namespace {
+
+std::uint32_t FindHandler(BoxTree* tree, BoxId sampleDescription) {
   const std::uint32_t path[] = {FourCC("stbl"), FourCC("minf"), FourCC("mdia")};
   BoxId at = sampleDescription;
   for (const std::uint32_t type : path) {
@@ -176,6 +178,14 @@ std::uint32_t HandlerOf(BoxTree* tree, BoxId sampleDescription) {
   }
   const BoxId handler = tree->Child(at, FourCC("hdlr"));
   return handler != kNoBox ? tree->Payload(handler, 8, 4).Type() : 0;
+}
+
+}  // namespace
+
+std::uint32_t HandlerOf(BoxTree* tree, BoxId sampleDescription) {
+  if (tree->LastHandler().sampleDescription != sampleDescription)
+    tree->LastHandler() = {sampleDescription, FindHandler(tree, sampleDescription)};
+  return tree->LastHandler().type;
 }
 
 ChildLayout SampleEntryLayout(BoxTree* tree, BoxId entry) {
