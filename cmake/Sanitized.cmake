@@ -27,14 +27,24 @@ target_compile_options(mp4judge_sanitized_objects PRIVATE
 target_link_libraries(mp4judge_sanitized_objects PRIVATE ZLIB::ZLIB)
 mp4judge_precompile(mp4judge_sanitized_objects)
 
-# mp4judge_twin(PROGRAM FOLDER): PROGRAM_sanitized, in build/.../sanitized/FOLDER under the program's
-# name. The library's objects come first, so that of two copies of an inline function the linker takes
-# the instrumented one.
+# mp4judge_twin(PROGRAM FOLDER [SOURCE...]): PROGRAM_sanitized, in build/.../sanitized/FOLDER under
+# the program's name. The library's objects come first, so that of two copies of an inline function
+# the linker takes the instrumented one. These sources of the program are compiled once more, because
+# they have to know that they are sanitized.
 function(mp4judge_twin program folder)
   get_target_property(libraries ${program} LINK_LIBRARIES)
   list(FILTER libraries EXCLUDE REGEX "^mp4judge")
+  set(objects $<TARGET_OBJECTS:${program}>)
+  foreach(source ${ARGN})
+    set(objects $<FILTER:${objects},EXCLUDE,/${source}>)
+  endforeach()
   add_executable(${program}_sanitized
-    $<TARGET_OBJECTS:mp4judge_sanitized_objects> $<TARGET_OBJECTS:${program}>)
+    $<TARGET_OBJECTS:mp4judge_sanitized_objects> ${objects} ${ARGN})
+  target_include_directories(${program}_sanitized PRIVATE
+    $<TARGET_PROPERTY:${program},INCLUDE_DIRECTORIES>)
+  target_compile_definitions(${program}_sanitized PRIVATE
+    $<TARGET_PROPERTY:${program},COMPILE_DEFINITIONS>)
+  target_compile_options(${program}_sanitized PRIVATE -O1 ${MP4JUDGE_SANITIZERS})
   set_target_properties(${program}_sanitized PROPERTIES
     LINKER_LANGUAGE CXX OUTPUT_NAME ${program}
     RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/sanitized/${folder})

@@ -69,9 +69,9 @@ case_headers() {
 case_install() {
   install_build "$build"
   [[ ! -x $build/bin/mp4judge ]] || [[ $("$prefix/bin/mp4judge" "${samples[0]}") == *": clear" ]]
-  # What is installed and made by the build is made for the tool and the samples.
+  # What is installed and made by the build is made when everything is, as ./judge asks for.
   local made file missing=0
-  made=$(ninja -C "$build" -t inputs mp4judge samples)
+  made=$(ninja -C "$build" -t inputs all)
   while read -r file; do
     [[ ! -L $file ]] || continue  # made with what it points to
     ninja -C "$build" -t query "${file#"$build"/}" >/dev/null 2>&1 || continue

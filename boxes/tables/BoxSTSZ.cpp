@@ -210,3 +210,5 @@ void BoxSTSZ::PublishAppended(unsigned int size) {
   }
   track->constSampleCount = track->constSampleSize = 0;
 }
+
+bool BoxSTSZ::MustExpand() const { return constantSize != 0 || rows.IsEmpty(); }

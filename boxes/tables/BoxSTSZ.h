@@ -48,7 +48,7 @@ class MP4JUDGE_API BoxSTSZ : public BoxBase {
   bool IsAudio() const;
 
   std::uint64_t AppendStep(unsigned int size, unsigned int count);
-  bool MustExpand() const { return constantSize != 0 || rows.IsEmpty(); }
+  bool MustExpand() const;
   bool Expand();
   bool AppendRows(unsigned int size, std::size_t count);
   bool TakesRows(std::size_t count) const;

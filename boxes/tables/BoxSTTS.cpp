@@ -156,3 +156,7 @@ void BoxSTTS::AddToTotals(unsigned int duration, unsigned int count) {
     if (samples == totalSamples && before == totalDuration) return;
   }
 }
+
+long long BoxSTTS::MostRowsFor(unsigned int duration, unsigned int count) const {
+  return rows.MostRowsFor(duration, count);
+}

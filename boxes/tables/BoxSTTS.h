@@ -39,9 +39,7 @@ class MP4JUDGE_API BoxSTTS : public BoxBase {
   /// As `count` calls of AppendTime, in one step where the result allows.
   void AppendTimes(unsigned int duration, unsigned int count);
   /// Upper bound of the rows that AppendTimes would add; 1 or 0 unless the table is odd.
-  long long MostRowsFor(unsigned int duration, unsigned int count) const {
-    return rows.MostRowsFor(duration, count);
-  }
+  long long MostRowsFor(unsigned int duration, unsigned int count) const;
 
   int GetEntryCount() const { return rows.Count(); }
   /// The rows as file bytes, null before the first.

@@ -36,6 +36,8 @@ bool SizeEntries::StartWith(std::uint32_t count, std::uint32_t size) {
   return true;
 }
 
+bool SizeEntries::IsEmpty() const { return prefixCount == 0 && Held() == 0; }
+
 std::int64_t SizeEntries::Held() const {
   return entries != nullptr ? static_cast<std::int64_t>(entries->used) / kRow : 0;
 }

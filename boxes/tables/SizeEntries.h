@@ -22,7 +22,7 @@ class SizeEntries {
   /// Replaces everything by `count` samples of `size` that no row holds; false without memory.
   bool StartWith(std::uint32_t count, std::uint32_t size);
 
-  bool IsEmpty() const { return prefixCount == 0 && Held() == 0; }
+  bool IsEmpty() const;
   /// Rows held.
   std::int64_t Held() const;
   /// The rows as file bytes; `Held` of them.

@@ -164,6 +164,8 @@ bool BoxTRAK::FindEdit(SAMPLE* current, bool ok) {
   }
 }
 
+mp4::TrackEdits BoxTRAK::Timeline() const { return {editList, MediaTimescale(), movieTimescale}; }
+
 std::int32_t BoxTRAK::MediaTimescale() const {
   const auto timescale = static_cast<std::int32_t>(mediaBox->GetTimescale());
   return timescale != 0 ? timescale : 1;

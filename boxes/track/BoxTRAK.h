@@ -52,7 +52,7 @@ class MP4JUDGE_API BoxTRAK : public BoxBase {
   bool KeepEdits(Mp4Context::TRACK* track, const std::vector<tagElstItem>& edits);
   void DropSample();
   std::int32_t MediaTimescale() const;
-  mp4::TrackEdits Timeline() const { return {editList, MediaTimescale(), movieTimescale}; }
+  mp4::TrackEdits Timeline() const;
   bool ApplyEdits(SAMPLE* current, bool ok);
   bool FindEdit(SAMPLE* current, bool ok);
   std::int64_t EditedSeekResult(std::int64_t mediaTime) const;
