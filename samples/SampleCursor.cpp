@@ -8,7 +8,6 @@ namespace mp4 {
 
 namespace {
 
-constexpr std::uint64_t kNever = ~std::uint64_t{0};
 /// Offsets from here on are outside of every source, and no sum over a chunk wraps below it.
 constexpr std::uint64_t kFarOutside = std::uint64_t{1} << 63;
 

@@ -72,6 +72,8 @@ case_install() {
   # What is installed and made by the build is made when everything is, as ./judge asks for.
   local made file missing=0
   made=$(ninja -C "$build" -t inputs all)
+  # What a phony target asks for directly is not among these.
+  made+=$'\n'$(ninja -C "$build" -t query tools/mp4judge_texts 2>/dev/null | sed -n 's/^    //p' || true)
   while read -r file; do
     [[ ! -L $file ]] || continue  # made with what it points to
     ninja -C "$build" -t query "${file#"$build"/}" >/dev/null 2>&1 || continue
