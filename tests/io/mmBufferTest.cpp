@@ -77,6 +77,16 @@ TEST(mmBuffer, MakeRoomLeavesEnoughOfACapacityAlone) {
   EXPECT_EQ(buffer.capacity, 1000u);
 }
 
+TEST(mmBuffer, GrowthKeepsEveryByteHeld) {
+  mmBuffer buffer;
+  ASSERT_TRUE(buffer.Allocate(1));
+  buffer.data[0] = 7;
+  buffer.used = 1;
+  ASSERT_TRUE(buffer.MakeRoom(100));
+  EXPECT_EQ(buffer.data[0], 7);
+  EXPECT_EQ(buffer.used, 1u);
+}
+
 TEST(mmBuffer, ImpossibleGrowthChangesNothing) {
   mmBuffer buffer;
   ASSERT_TRUE(buffer.AppendBe32(7));

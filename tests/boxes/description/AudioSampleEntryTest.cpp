@@ -292,6 +292,13 @@ TEST(AudioSampleEntry, KeepsTheBytesOfAlacThatExist) {
   EXPECT_EQ(43, open.reader.GetPos());
 }
 
+TEST(AudioSampleEntry, KeepsAnAlacAtomWithoutContent) {
+  // 8: 8 | 0x800 | 0x80000 | 0x8000000.
+  const Read read(AudioFields("alac", 2, 16, 44100) + Box("alac"));
+  EXPECT_EQ(AsText(Bytes().Fill(4, 8).Text("alac")), read.one.ExtraData());
+  EXPECT_EQ(40, read.position);
+}
+
 TEST(AudioSampleEntry, StoresNoAlacBelowEightBytes) {
   const Read read(AudioFields("alac", 2, 16, 44100) + SizedBox(7, "alac", Bytes().Fill(4)));
   EXPECT_TRUE(read.result);

@@ -151,6 +151,13 @@ TEST(VisualSampleEntry, BuildsTheSvq3Extradata) {
   for (int i = 102; i < 112; ++i) EXPECT_EQ(0, read.one.track->extraData[0][i]);  // 126 & ~15
 }
 
+// 104 bytes take (104 + 24) & ~15 = 128; a sanitizer sees any fewer.
+TEST(VisualSampleEntry, ZerosFollowTheSvq3Extradata) {
+  const Read read(VisualFields("SVQ3") + Box("SMI ", Sequence(6, 6)));
+  ASSERT_EQ(104U, read.one.track->extraDataSize[0]);
+  for (int i = 104; i < 128; ++i) EXPECT_EQ(0, read.one.track->extraData[0][i]) << i;
+}
+
 TEST(VisualSampleEntry, FindsTheChildBehindTheSvq3Header) {
   const Bytes smi = Box("SMI ", Sequence(4, 9));
   const Read read(VisualFields("SVQ3") + smi + Box("avcC", kAvcc));
