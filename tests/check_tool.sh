@@ -362,6 +362,23 @@ case_list_samples() {
   run 0 samples clear.m4a
   run 2 samples --track 2 clear.m4a
   says err 'there is no such track$'
+  # A few bytes can claim billions of samples.
+  run 2 samples --json --most 10 clear.m4a
+  [[ $(wc -l <out) == 10 ]] || failed=1
+  says err 'there are more samples than were listed; --most N lists more$'
+  run 0 samples --json --most 43 clear.m4a
+  [[ $(wc -l <out) == 43 ]] || failed=1
+  python3 - clear.m4a <<'PY'
+import sys
+movie = bytearray(open(sys.argv[1], 'rb').read())
+for kind, fields in ((b'stsz', (1, 0xFFFFFFFF)), (b'stsc', (1, 1, 0xFFFFFFFF)), (b'stts', (1, 0xFFFFFFFF))):
+    at = movie.index(kind) + 8
+    for i, value in enumerate(fields):
+        movie[at + 4 * i:at + 4 * i + 4] = value.to_bytes(4, 'big')
+open('billions.m4a', 'wb').write(movie)
+PY
+  run 2 samples --csv billions.m4a
+  [[ $(wc -l <out) == 2000189 ]] || { wc -l out; failed=1; }
   run 2 samples missing.m4a
   says err 'missing.m4a: No such file or directory$'
   run 2 samples

@@ -147,6 +147,7 @@ bool ParseSamplesArguments(const std::vector<std::string>& arguments, SamplesOpt
   app.add_flag("--json", options->json, words::kSamplesJson);
   app.add_flag("--csv", options->csv, words::kSamplesCsv)->excludes("--json");
   app.add_option("--track", options->track, words::kSamplesTrack)->type_name("ID");
+  app.add_option("--most", options->most, words::kSamplesMost)->type_name("N");
   app.add_option("--init", options->init, words::kSamplesInit)->type_name("FILE");
   Sorted sorted = Sort(app, arguments);
   try {

@@ -1,5 +1,7 @@
 #include "tools/SamplesCommand.h"
 
+#include <sys/stat.h>
+
 #include <cinttypes>
 #include <cstdio>
 #include <cstring>
@@ -22,6 +24,15 @@ struct FreeCursor {
 };
 using MovieHandle = std::unique_ptr<mp4judge_movie, FreeMovie>;
 using CursorHandle = std::unique_ptr<mp4judge_cursor, FreeCursor>;
+
+/// A few bytes can claim billions of samples of one size, or of none: what no file of that size
+/// holds is not listed unless it is asked for.
+std::uint64_t LikelySamples(const std::string& path) {
+  constexpr std::uint64_t kOfAnyFile = 2000000;
+  struct stat info {};
+  const bool known = stat(path.c_str(), &info) == 0 && info.st_size > 0;
+  return kOfAnyFile + (known ? static_cast<std::uint64_t>(info.st_size) / 4 : 0);
+}
 
 /// 1 and 0 as they are said, anything else as what cannot be told.
 const char* Said(int value, const char* yes, const char* no, const char* unknown) {
@@ -68,13 +79,17 @@ constexpr const char* kTextRow =
 
 class Lister {
  public:
-  Lister(const SamplesOptions& options, mp4judge_movie* movie) : options_(options), movie_(movie) {}
+  Lister(const SamplesOptions& options, mp4judge_movie* movie)
+      : options_(options),
+        movie_(movie),
+        left_(options.most.has_value() ? *options.most : LikelySamples(options.path)) {}
 
   int Go() {
     if (!options_.json) std::fputs(options_.csv ? kCsvHeader : kTextHeader, stdout);
     // Tracks that fragments alone name are known once the fragments have been looked at.
     if (mp4judge_movie_track_count(movie_) == 0) mp4judge_movie_sample_count(movie_, 0);
-    for (std::size_t i = 0; i < mp4judge_movie_track_count(movie_); ++i) ListTrack(i);
+    for (std::size_t i = 0; i < mp4judge_movie_track_count(movie_) && !stopped_; ++i) ListTrack(i);
+    if (stopped_) Complain("there are more samples than were listed; --most N lists more");
     Problems(SIZE_MAX);
     return Finish();
   }
@@ -87,6 +102,11 @@ class Lister {
     const CursorHandle cursor(mp4judge_cursor_new(movie_, place));
     mp4judge_sample sample;
     while (mp4judge_cursor_next(cursor.get(), &sample, nullptr) != 0 && std::ferror(stdout) == 0) {
+      if (left_ == 0) {
+        stopped_ = true;
+        break;
+      }
+      --left_;
       if (options_.json) {
         PrintJson(id, sample);
       } else {
@@ -122,6 +142,8 @@ class Lister {
 
   const SamplesOptions& options_;
   mp4judge_movie* movie_;
+  std::uint64_t left_;
+  bool stopped_ = false;
   bool seen_ = false;
   bool trouble_ = false;
 };

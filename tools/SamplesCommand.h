@@ -12,6 +12,8 @@ struct SamplesOptions {
   std::string path;
   std::string init;  ///< the initialization of a media segment; empty: the file describes itself
   std::optional<std::uint32_t> track;
+  /// Samples listed in all; otherwise as many as the size of the file makes likely.
+  std::optional<std::uint64_t> most;
   bool json = false;
   bool csv = false;
 };

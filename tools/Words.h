@@ -75,6 +75,8 @@ constexpr const char* kSamplesJson =
     "all of its bytes are in the file), external (its data lie in another file)";
 constexpr const char* kSamplesCsv = "The same as comma-separated values, with a header";
 constexpr const char* kSamplesTrack = "Only the track of this ID";
+constexpr const char* kSamplesMost =
+    "List at most N samples; otherwise two millions, and one for every four bytes of the file";
 constexpr const char* kSamplesInit = "FILE is a media segment, which this file initializes";
 
 }  // namespace tool::words
