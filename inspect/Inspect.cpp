@@ -198,8 +198,9 @@ class Inspection {
     }
     if (report_->fragments > 0)
       return "no movie box; the file is a media segment, give its initialization segment too";
-    if (!treeReason.empty()) return "no movie box; " + treeReason;
-    return ofFamily ? "no movie box and no items" : "not a movie file: its beginning is no box";
+    // Of bytes that are no boxes it helps nobody to say which box is cut.
+    if (!ofFamily) return "not a movie file: its beginning is no box of a movie";
+    return treeReason.empty() ? "no movie box and no items" : "no movie box; " + treeReason;
   }
 
   void NoteLeftOvers() {

@@ -85,6 +85,9 @@ case_obstacles() {
   printf '\x89PNG\r\n\x1a\n' >cover.png
   run 2 cover.png
   says out '^cover.png: undetermined \(not a movie file: begins with PNG'
+  printf '\x9e\x9c\x03\x38\xda\xc6\x1b\x38noise, noise' >noise.m4a
+  run 2 noise.m4a
+  same "noise.m4a: undetermined (not a movie file: its beginning is no box of a movie)"
   run 2 clear.m4a/below
   says out 'Not a directory\)$'
   ln -s loop loop
@@ -368,7 +371,8 @@ case_list_samples() {
   says err 'there are more samples than were listed; --most N lists more$'
   run 0 samples --json --most 43 clear.m4a
   [[ $(wc -l <out) == 43 ]] || failed=1
-  python3 - clear.m4a <<'PY'
+  if command -v python3 >/dev/null; then
+    python3 - clear.m4a <<'PY'
 import sys
 movie = bytearray(open(sys.argv[1], 'rb').read())
 for kind, fields in ((b'stsz', (1, 0xFFFFFFFF)), (b'stsc', (1, 1, 0xFFFFFFFF)), (b'stts', (1, 0xFFFFFFFF))):
@@ -377,8 +381,9 @@ for kind, fields in ((b'stsz', (1, 0xFFFFFFFF)), (b'stsc', (1, 1, 0xFFFFFFFF)), 
         movie[at + 4 * i:at + 4 * i + 4] = value.to_bytes(4, 'big')
 open('billions.m4a', 'wb').write(movie)
 PY
-  run 2 samples --csv billions.m4a
-  [[ $(wc -l <out) == 2000189 ]] || { wc -l out; failed=1; }
+    run 2 samples --csv billions.m4a
+    [[ $(wc -l <out) == 2000189 ]] || { wc -l out; failed=1; }
+  fi
   run 2 samples missing.m4a
   says err 'missing.m4a: No such file or directory$'
   run 2 samples
