@@ -125,14 +125,14 @@ case_tree() {
   run 2 tree missing.m4a
   says err '^mp4judge: missing.m4a: No such file or directory$'
   run 2 tree
-  says err 'FILE is required'
+  says err '^mp4judge tree: no file is named$'
   run 2 tree clear.m4a clear.m4a
   cp clear.m4a '[a,b]'
   cp clear.m4a -- '-x.m4a'
   run 0 tree '[a,b]'
   run 0 tree -- '-x.m4a'
   run 0 tree --help
-  says out 'mp4judge tree \[OPTIONS\] FILE'
+  says out '^Usage: mp4judge tree \[OPTIONS\] FILE$'
 }
 
 case_info() {
@@ -166,6 +166,21 @@ case_chart() {
   run 2 chart clear.m4a -o a.png
   says err 'ends in .svg or .html'
   run 2 chart clear.m4a
+  says err '^mp4judge chart: the chart has no name; -o CHART.svg'
+  # A chart that cannot be drawn leaves none behind, and none is drawn over its own file.
+  run 2 chart missing.m4a -o none.svg
+  [[ ! -e none.svg ]] || { echo "FAILED: a chart of nothing"; failed=1; }
+  cp clear.m4a own.svg
+  run 2 chart own.svg -o ./own.svg
+  says err 'this is the file to be drawn'
+  cmp clear.m4a own.svg || failed=1
+  # A shorter chart takes the place of a longer one.
+  head -c 3000000 /dev/zero >long.svg
+  run 0 chart protected.m4a -o long.svg
+  cmp a.svg long.svg || failed=1
+  # Nobody reads from the pipe: opening it would wait for ever.
+  mkfifo pipe.svg
+  run 2 chart clear.m4a -o pipe.svg
   run 2 chart clear.m4a -o missing/a.svg
   says err 'cannot be written'
   run 2 chart missing.m4a -o c.svg
@@ -186,6 +201,7 @@ case_diff() {
   says out '^~ moov/trak\[1\]/mdia/minf/stbl/stts: '
   run 2 diff clear.m4a missing.m4a
   run 2 diff clear.m4a
+  says err '^mp4judge diff: two files are compared, and one is named$'
 }
 
 case_names() {
@@ -335,20 +351,92 @@ case_usage() {
   run 2
   says err '^mp4judge: no file is named$'
   run 2 --nonsense clear.m4a
-  says err 'nonsense'
+  says err '^mp4judge: there is no option --nonsense$'
+  run 2 --exlain clear.m4a
+  says err '^mp4judge: there is no option --exlain; did you mean --explain\?$'
+  run 2 -qX clear.m4a
+  says err '^mp4judge: there is no option -X$'
+  run 2 tree --jsn=3 clear.m4a
+  says err '^mp4judge tree: there is no option --jsn; did you mean --json\?$'
   run 2 -l -L clear.m4a
   run 2 -j 0 clear.m4a
+  run 2 clear.m4a --cache
+  says err '^mp4judge: behind --cache there is no FILE$'
+  run 2 tree -d
+  says err '^mp4judge tree: behind -d there is no N$'
+  run 2 samples --most -3 clear.m4a
+  says err '--most'
+  # A cluster of short options, the last with its value.
+  run 0 -qj 2 clear.m4a
+  silent
+  run 0 -qj2 clear.m4a
+  silent
+  run 2 info clear.m4a protected.m4a
+  says err '^mp4judge info: "protected.m4a" is one file too many$'
   run 0 --help
   says out '^  0    every file is clear$'
   run 0 --version
   says out '^mp4judge [0-9]+\.[0-9]+\.[0-9]+$'
+}
+
+# options COMMAND: all that --help lists, one a line.
+options() {
+  # shellcheck disable=SC2086
+  "$build/bin/mp4judge" $1 --help | sed -nE '/^Options:/,/^$/ s/^ {2,6}(-[^ ,]+)(, (--[^ ]+))?( .*)?$/\1\n\3/p' | grep .
+}
+# The manual and the completions know every option of every command, and nothing else.
+case_words() {
+  local command prefix option
   run 0 --print man
   says out '^\.TH MP4JUDGE 1'
   ! command -v man >/dev/null || { man -l --warnings ./out 2>&1 >/dev/null | grep . && failed=1; }
+  cp out page
+  run 0 --print zsh
+  cp out zsh
+  ! command -v zsh >/dev/null || zsh -n zsh || failed=1
+  run 0 --print fish
+  cp out fish
+  ! command -v fish >/dev/null || fish -n fish || failed=1
   run 0 --print bash
   bash -n out || failed=1
-  ! command -v zsh >/dev/null || { run 0 --print zsh && zsh -n out || failed=1; }
-  ! command -v fish >/dev/null || { run 0 --print fish && fish -n out || failed=1; }
+  # shellcheck disable=SC1091
+  source ./out
+  for command in "" tree info samples chart diff; do
+    options "$command" >expected
+    (($(wc -l <expected) >= 3)) || { echo "FAILED: --help of '$command' lists nothing"; failed=1; }
+    # The part of each that is about this command.
+    if [[ -z $command ]]; then
+      sed '/^\.SS/,$d' page >part.man
+      sed -n '/^  \*)/,$p' zsh >part.zsh
+      grep "^complete -c mp4judge -n 'not __fish_seen_subcommand_from" fish >part.fish
+    else
+      sed -n "/^\.SS \"mp4judge $command /,/^\.SS \"mp4judge [^$command]/p" page | sed '1!{/^\.SS/,$d}' >part.man
+      sed -n "/^  $command)/,/^    ;;/p" zsh >part.zsh
+      grep "^complete -c mp4judge -n '__fish_seen_subcommand_from $command'" fish >part.fish
+    fi
+    while IFS= read -r option; do
+      grep -qE -e "^\.TP" part.man && grep -qF -e "${option//-/\\-}" part.man ||
+        { echo "FAILED: the manual lacks $command $option"; failed=1; }
+      grep -qF -e "'$option[" part.zsh || { echo "FAILED: zsh lacks $command $option"; failed=1; }
+      prefix=-s
+      [[ $option != --* ]] || prefix=-l
+      grep -qE -e " $prefix ${option##*-}( |\$)| $prefix ${option#--} " part.fish ||
+        { echo "FAILED: fish lacks $command $option"; failed=1; }
+    done <expected
+    COMP_WORDS=(mp4judge)
+    [[ -z $command ]] || COMP_WORDS+=("$command")
+    COMP_WORDS+=(-)
+    COMP_CWORD=$((${#COMP_WORDS[@]} - 1))
+    _mp4judge || true
+    printf '%s\n' "${COMPREPLY[@]}" | sort | cmp - <(sort expected) ||
+      { echo "FAILED: bash completes '$command' with ${COMPREPLY[*]}"; failed=1; }
+  done
+  COMP_WORDS=(mp4judge --print "") COMP_CWORD=2
+  _mp4judge || true
+  [[ ${COMPREPLY[*]} == "man bash zsh fish" ]] || { echo "FAILED: ${COMPREPLY[*]}"; failed=1; }
+  COMP_WORDS=(mp4judge "s") COMP_CWORD=1
+  _mp4judge || true
+  [[ ${COMPREPLY[*]} == samples ]] || { echo "FAILED: ${COMPREPLY[*]}"; failed=1; }
 }
 
 # 43 frames of 4 bytes, one after the other up to the end of the file.
@@ -387,7 +475,7 @@ PY
   run 2 samples missing.m4a
   says err 'missing.m4a: No such file or directory$'
   run 2 samples
-  says err 'samples takes one file$'
+  says err '^mp4judge samples: no file is named$'
   run 0 samples --help
   says out '^Usage: mp4judge samples'
   head -c $((first + 10)) clear.m4a >cut.m4a

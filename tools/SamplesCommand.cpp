@@ -8,9 +8,9 @@
 #include <memory>
 
 #include "mp4judge/samples.h"
-#include "tools/CommandLine.h"
 #include "tools/JudgeOptions.h"
 #include "tools/Printable.h"
+#include "tools/Sandbox.h"
 
 namespace tool {
 
@@ -82,7 +82,7 @@ class Lister {
   Lister(const SamplesOptions& options, mp4judge_movie* movie)
       : options_(options),
         movie_(movie),
-        left_(options.most.has_value() ? *options.most : LikelySamples(options.path)) {}
+        left_(options.most.has_value() ? *options.most : LikelySamples(options.file)) {}
 
   int Go() {
     if (!options_.json) std::fputs(options_.csv ? kCsvHeader : kTextHeader, stdout);
@@ -123,7 +123,7 @@ class Lister {
   }
 
   void Complain(const char* what) {
-    std::fprintf(stderr, "mp4judge: %s: %s\n", Printable(options_.path).c_str(), what);
+    std::fprintf(stderr, "mp4judge: %s: %s\n", Printable(options_.file).c_str(), what);
     trouble_ = true;
   }
 
@@ -151,15 +151,10 @@ class Lister {
 }  // namespace
 
 int RunSamples(const SamplesOptions& options) {
+  if (options.sandbox) ConfineToReading();
   const char* init = options.init.empty() ? nullptr : options.init.c_str();
-  const MovieHandle movie(mp4judge_movie_open_path(options.path.c_str(), init));
+  const MovieHandle movie(mp4judge_movie_open_path(options.file.c_str(), init));
   return Lister(options, movie.get()).Go();
-}
-
-int SamplesCommand(const std::vector<std::string>& arguments) {
-  SamplesOptions options;
-  int status = kAllClear;
-  return ParseSamplesArguments(arguments, &options, &status) ? RunSamples(options) : status;
 }
 
 }  // namespace tool

@@ -3,10 +3,56 @@
 /// What the tool says about itself: --help, the man page and the completions are made of these.
 namespace tool::words {
 
-constexpr const char* kPurpose =
+/// A command, or judging, which has no name.
+struct Command {
+  const char* name;
+  const char* operands;  ///< what stands behind the options
+  const char* brief;     ///< for a list of commands
+  const char* purpose;   ///< sentences
+  const char* more;      ///< lines that stand below the options
+};
+
+constexpr Command kJudge = {
+    "", "PATH...", "says whether movie files are protected",
     "Says whether MP4, MOV, M4A, 3GP, CMAF, HEIF and related files are protected, and on what "
-    "evidence.";
-constexpr const char* kUsage = "Usage: mp4judge [OPTIONS] PATH...\n       mp4judge COMMAND ...";
+    "evidence.",
+    "One line a file, in the order given:\n"
+    "  PATH: clear                            every track and item was seen, none is protected\n"
+    "  PATH: protected (cenc: video, audio)   by these schemes\n"
+    "  PATH: undetermined (REASON)            unreadable, cut, broken, or not a movie\n"
+    "Control characters in a name are shown as \\xHH, a backslash as two.\n"};
+constexpr Command kTree = {
+    "tree", "FILE", "the boxes of a file, with their fields",
+    "Prints the boxes of a file: offset, size, type and the standard's name, with the fields below "
+    "and what is wrong with a box behind \"!\". Fields of long tables show their first rows.",
+    "Exit status: 0, or 2 when the file could not be read or not every box was listed.\n"};
+constexpr Command kInfo = {
+    "info", "FILE", "movie, tracks, codecs, metadata, protection",
+    "Prints what a file is: protection, duration and bit rate; of each track its codec with "
+    "profile and level, dimensions, language, frame rate and edits; metadata and chapters.",
+    "Exit status: 0, or 2 when the file could not be read.\n"};
+constexpr Command kSamples = {
+    "samples", "FILE", "every sample: where it lies and when it plays",
+    "Lists every sample of a movie: where it lies in the file and when it plays. Times are in "
+    "units of the track. Samples whose place is unknown are not listed; what is wrong with the "
+    "boxes that place them goes to standard error.",
+    "Exit status: 0, or 2 when the file could not be read, something is wrong with the boxes that\n"
+    "place its samples, or not every sample was listed.\n"};
+constexpr Command kChart = {
+    "chart", "FILE -o CHART", "where things lie in a file, drawn to scale",
+    "Draws where things lie in a file, to scale: its boxes, the media of each track, what the "
+    "verdict rests on, what is wrong, and the bit rate over time. The chart is one file that needs "
+    "nothing else, light or dark as its reader's system is.",
+    "Exit status: 0, or 2 when the file could not be read as a whole or the chart not be "
+    "written.\n"};
+constexpr Command kDiff = {
+    "diff", "A B", "what differs between two files",
+    "Prints what differs between two files in boxes, fields, tables and protection, a line each: "
+    "\"-\" is in A alone, \"+\" in B alone, \"~\" in both but not the same. Media data is compared "
+    "by its size alone.",
+    "Exit status: 0 when nothing differs, 1 when something does, 2 when a file could not be read\n"
+    "or not everything was compared.\n"};
+
 constexpr const char* kHelp = "Print this and exit";
 constexpr const char* kVersion = "Print the version and exit";
 constexpr const char* kRecursive =
@@ -35,24 +81,31 @@ constexpr const char* kJobs = "Judge so many files at a time; otherwise one for 
 constexpr const char* kCache =
     "Remember verdicts in FILE (SQLite), and look at unchanged files no second time";
 constexpr const char* kNoSandbox =
-    "Keep the rights that judging does not need. Otherwise the tool gives up, where the system "
-    "can do that, everything but reading";
+    "Keep all rights. Otherwise the tool gives up everything but reading before it looks at the "
+    "first byte, where the system can do that";
 constexpr const char* kPrint = "Print the man page, or the completions for a shell, and exit";
 
-constexpr const char* kVerdicts =
-    "One line a file, in the order given:\n"
-    "  PATH: clear                            every track and item was seen, none is protected\n"
-    "  PATH: protected (cenc: video, audio)   by these schemes\n"
-    "  PATH: undetermined (REASON)            unreadable, cut, broken, or not a movie\n"
-    "Control characters in a name are shown as \\xHH, a backslash as two.\n";
-constexpr const char* kCommands =
-    "Commands:\n"
-    "  tree FILE                   the boxes of a file, with their fields\n"
-    "  info FILE                   movie, tracks, codecs, metadata, protection\n"
-    "  samples FILE                every sample: where it lies and when it plays\n"
-    "  chart FILE -o FILE.html     where things lie in a file, drawn to scale (or .svg)\n"
-    "  diff A B                    what differs between two files\n"
-    "'mp4judge COMMAND --help' says more. A file of such a name is judged as ./tree.\n";
+constexpr const char* kTreePath =
+    "Only the boxes of this path, with what is below: \"trak[2]/tkhd\", \"tenc\", "
+    "\"/moov/*/udta\"";
+constexpr const char* kTreeDepth = "Only so many levels";
+constexpr const char* kTreeMost = "List at most N boxes; otherwise 200,000";
+constexpr const char* kTreeNoFields = "Leave the fields out";
+constexpr const char* kLookJson = "Print JSON, valid whatever the file holds";
+
+constexpr const char* kSamplesJson =
+    "A JSON object a line: track, sample, offset, size, dts, cts, duration, sync, description, "
+    "protected; null for what cannot be told. Where they apply: fragment (its number), outside "
+    "(not all of its bytes are in the file), external (its data lie in another file)";
+constexpr const char* kSamplesCsv = "The same as comma-separated values, with a header";
+constexpr const char* kSamplesTrack = "Only the track of this ID";
+constexpr const char* kSamplesMost =
+    "List at most N samples; otherwise two millions, and one for every four bytes of the file";
+constexpr const char* kSamplesInit = "FILE is a media segment, which this file initializes";
+
+constexpr const char* kChartOutput =
+    "The chart: a name in .svg is a picture, one in .html a page that zooms and tells on hover";
+
 constexpr const char* kStatus =
     "Exit status:\n"
     "  0    every file is clear\n"
@@ -60,23 +113,5 @@ constexpr const char* kStatus =
     "  2    something is undetermined or unreadable, or the usage was wrong, or the output could\n"
     "       not be written\n"
     "  130  interrupted\n";
-
-constexpr const char* kSamplesPurpose =
-    "Lists every sample of a movie: where it lies in the file and when it plays. Times are in "
-    "units "
-    "of the track. Samples whose place is unknown are not listed; what is wrong with the boxes "
-    "that "
-    "place them goes to standard error, and the exit status is then 2.";
-constexpr const char* kSamplesUsage = "Usage: mp4judge samples [OPTIONS] FILE";
-constexpr const char* kSamplesJson =
-    "A JSON object a line: track, sample, offset, size, dts, cts, duration, sync, description, "
-    "protected; null for what cannot be told. Where they apply: fragment (its number), outside "
-    "(not "
-    "all of its bytes are in the file), external (its data lie in another file)";
-constexpr const char* kSamplesCsv = "The same as comma-separated values, with a header";
-constexpr const char* kSamplesTrack = "Only the track of this ID";
-constexpr const char* kSamplesMost =
-    "List at most N samples; otherwise two millions, and one for every four bytes of the file";
-constexpr const char* kSamplesInit = "FILE is a media segment, which this file initializes";
 
 }  // namespace tool::words

@@ -8,23 +8,7 @@
 #include <vector>
 
 #include "tools/CommandLine.h"
-#include "tools/Commands.h"
-#include "tools/JudgeCommand.h"
-
-namespace {
-
-int Run(std::vector<std::string> arguments) {
-  for (const tool::Command& command : tool::Commands()) {
-    if (arguments.empty() || arguments.front() != command.name) continue;
-    arguments.erase(arguments.begin());
-    return command.run(arguments);
-  }
-  tool::JudgeOptions options;
-  int status = tool::kAllClear;
-  return tool::ParseJudgeArguments(arguments, &options, &status) ? tool::RunJudge(options) : status;
-}
-
-}  // namespace
+#include "tools/JudgeOptions.h"
 
 int main(int argc, char** argv) {
   // With a closed standard output the first file opened would take its place.
@@ -35,7 +19,7 @@ int main(int argc, char** argv) {
   // A reader that goes away is then an error of the write, reported like any other.
   std::signal(SIGPIPE, SIG_IGN);
   try {
-    return Run(std::vector<std::string>(argv + 1, argv + argc));
+    return tool::RunCommandLine(std::vector<std::string>(argv + 1, argv + argc));
   } catch (...) {
     std::fputs("mp4judge: out of memory\n", stderr);
     return tool::kTrouble;
