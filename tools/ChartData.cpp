@@ -6,7 +6,6 @@
 #include <set>
 #include <string_view>
 
-#include "mp4judge/look.h"
 #include "tools/Output.h"
 
 namespace tool {
@@ -136,19 +135,17 @@ const char* NameOf(BoxKind kind) {
   return kNames[static_cast<int>(kind)];
 }
 
-bool ReadChartData(const std::string& file, ChartData* data) {
-  const TreeHandle tree = OpenToLook(file);
-  if (tree == nullptr) return false;
+bool ReadChartData(const std::string& file, mp4judge_tree* tree, ChartData* data) {
   data->file = file.substr(file.rfind('/') + 1);
-  data->size = mp4judge_tree_file_size(tree.get());
+  data->size = mp4judge_tree_file_size(tree);
   Collector collector{data, {}};
-  mp4judge_tree_walk(tree.get(), nullptr, Collect, &collector);
-  data->complete = mp4judge_tree_complete(tree.get()) != 0;
-  const char* const layout = mp4judge_layout_json(tree.get(), kRateParts);
+  mp4judge_tree_walk(tree, nullptr, Collect, &collector);
+  data->complete = mp4judge_tree_complete(tree) != 0;
+  const char* const layout = mp4judge_layout_json(tree, kRateParts);
   if (layout != nullptr) ReadLayout(Json::parse(layout), data);
   ReadReport(file, data);
   if (!data->complete) data->findings.push_back("not every box is drawn");
-  return CheckRead(file, mp4judge_tree_error(tree.get()), mp4judge_tree_errno(tree.get()));
+  return CheckRead(file, mp4judge_tree_error(tree), mp4judge_tree_errno(tree));
 }
 
 std::string Escaped(const std::string& text) {

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "mp4judge/look.h"
+
 namespace tool {
 
 /// What a box is, for its colour.
@@ -50,8 +52,9 @@ struct ChartData {
 /// Parts of the time that bit rates are drawn for.
 constexpr unsigned kRateParts = 240;
 
-/// Looks at a file. False when it could not be opened, which has been said then.
-bool ReadChartData(const std::string& file, ChartData* data);
+/// Looks at a file. False, with a word on standard error, when it could not be read as a whole;
+/// what could be read is there all the same.
+bool ReadChartData(const std::string& file, mp4judge_tree* tree, ChartData* data);
 
 /// A picture that needs nothing else.
 std::string ChartSvg(const ChartData& data);

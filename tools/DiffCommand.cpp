@@ -11,6 +11,7 @@
 #include "tools/JudgeOptions.h"
 #include "tools/Output.h"
 #include "tools/Printable.h"
+#include "tools/Sandbox.h"
 
 namespace tool {
 
@@ -163,6 +164,7 @@ std::string VerdictOf(const std::string& file) {
 }  // namespace
 
 int RunDiff(const DiffOptions& options) {
+  if (options.sandbox) ConfineToReading();
   Side first(options.first), second(options.second);
   bool read = true;
   for (const Side* side : {&first, &second}) {

@@ -8,6 +8,7 @@
 #include "tools/JudgeOptions.h"
 #include "tools/Output.h"
 #include "tools/Printable.h"
+#include "tools/Sandbox.h"
 
 namespace tool {
 
@@ -254,6 +255,7 @@ void PrintInfo(const std::string& file, const Json& info, Output* out) {
 }  // namespace
 
 int RunInfo(const InfoOptions& options) {
+  if (options.sandbox) ConfineToReading();
   const TreeHandle tree = OpenToLook(options.file);
   if (tree == nullptr) return kTrouble;
   const char* const json = mp4judge_info_json(tree.get(), options.json ? 1 : 0);

@@ -6,6 +6,7 @@
 #include "tools/JudgeOptions.h"
 #include "tools/Output.h"
 #include "tools/Printable.h"
+#include "tools/Sandbox.h"
 
 namespace tool {
 
@@ -81,6 +82,7 @@ int Visit(void* user, const mp4judge_box* box) {
 }  // namespace
 
 int RunTree(const TreeOptions& options) {
+  if (options.sandbox) ConfineToReading();
   const TreeHandle tree = OpenToLook(options.file);
   if (tree == nullptr) return kTrouble;
   mp4judge_tree_options which = MP4JUDGE_TREE_OPTIONS_DEFAULT;
