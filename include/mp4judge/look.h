@@ -1,3 +1,4 @@
+/// @file
 /// mp4judge/look.h: what stands in an ISO base media or QuickTime file: its boxes with their
 /// fields, the movie that they describe, and where its media lies. C99 and C++ (which has look.hpp
 /// beside it). Whether a file is protected is asked through mp4judge.h.
@@ -21,9 +22,12 @@ extern "C" {
 /// A file that is looked at. Opening reads nothing yet.
 typedef struct mp4judge_tree mp4judge_tree;
 
-/// Paths, memory and callbacks as mp4judge_inspect_path and its neighbours take them.
+/// Opens a file; the path is handed to the system as mp4judge_inspect_path does. Null without
+/// memory alone: what does not open has its error.
 MP4JUDGE_API mp4judge_tree* mp4judge_tree_open_path(const char* path);
+/// The same for memory. Null is a source without bytes.
 MP4JUDGE_API mp4judge_tree* mp4judge_tree_open_memory(const void* bytes, size_t n);
+/// The same for what two callbacks deliver, as mp4judge_inspect_callbacks takes them.
 MP4JUDGE_API mp4judge_tree* mp4judge_tree_open_callbacks(mp4judge_read_at read_at,
                                                          mp4judge_size size, void* user);
 /// Null is fine.
@@ -37,6 +41,7 @@ MP4JUDGE_API int mp4judge_tree_errno(const mp4judge_tree* tree);
 /// Bytes of the file; 0 when it could not be opened.
 MP4JUDGE_API uint64_t mp4judge_tree_file_size(const mp4judge_tree* tree);
 
+/// What of a file's boxes is listed, and how.
 typedef struct mp4judge_tree_options {
   size_t size;  ///< sizeof(mp4judge_tree_options), by which the library knows the members
   /// Levels that are listed, beginning with the boxes that the listing begins with; 0: all.
@@ -56,6 +61,7 @@ typedef struct mp4judge_tree_options {
 #define MP4JUDGE_TREE_OPTIONS_DEFAULT \
   { sizeof(mp4judge_tree_options), 0, NULL, 200000, 0 }
 
+/// What the text of a field stands for.
 typedef enum mp4judge_field_kind {
   MP4JUDGE_FIELD_TEXT = 0,    ///< bytes of the file, perhaps not UTF-8
   MP4JUDGE_FIELD_NUMBER = 1,  ///< a whole number, or one with a point
@@ -63,17 +69,18 @@ typedef enum mp4judge_field_kind {
   MP4JUDGE_FIELD_LIST = 3     ///< the first rows of a table
 } mp4judge_field_kind;
 
+/// One field of a box.
 typedef struct mp4judge_field {
-  const char* name;  ///< as the standard has it, in camel case
-  mp4judge_field_kind kind;
-  const char* text;  ///< the value; of a list, its rows with ", " between them
-  size_t row_count;  ///< of a list
-  const char* const* rows;
+  const char* name;          ///< as the standard has it, in camel case
+  mp4judge_field_kind kind;  ///< what `text` stands for
+  const char* text;          ///< the value; of a list, its rows with ", " between them
+  size_t row_count;          ///< of a list, else 0
+  const char* const* rows;   ///< of a list: `row_count` texts
 } mp4judge_field;
 
 /// One box (ISO/IEC 14496-12, 4.2).
 typedef struct mp4judge_box {
-  const char* type;      ///< four characters, \xHH for those that are not printable ASCII
+  const char* type;      ///< four characters, `\xHH` for those that are not printable ASCII
   const char* name;      ///< what its standard calls it; empty when unknown
   const char* standard;  ///< where that is; empty when unknown
   const char* path;      ///< "moov/trak[2]/mdia"
@@ -81,14 +88,14 @@ typedef struct mp4judge_box {
   int level;
   /// 0 for the file; otherwise an inflated movie, whose bytes `offset` counts in.
   unsigned space;
-  unsigned header_size;
-  uint64_t offset;
-  uint64_t size;     ///< header included, as the box says
-  uint64_t present;  ///< bytes of it that are there
-  size_t field_count;
-  const mp4judge_field* fields;
-  size_t problem_count;
-  const char* const* problems;  ///< a sentence each
+  unsigned header_size;          ///< bytes in front of the payload: 8, 16, 24 or 32
+  uint64_t offset;               ///< of the header's first byte, in `space`
+  uint64_t size;                 ///< header included, as the box says
+  uint64_t present;              ///< bytes of it that are there
+  size_t field_count;            ///< fields that are known and there
+  const mp4judge_field* fields;  ///< so many
+  size_t problem_count;          ///< what is wrong with the box
+  const char* const* problems;   ///< a sentence each
 } mp4judge_box;
 
 /// Sees one box; all pointers are valid during the call. Not 0 ends the walk. Must not throw.

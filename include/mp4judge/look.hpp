@@ -1,3 +1,4 @@
+/// @file
 /// mp4judge/look.hpp: mp4judge/look.h for C++17. Plain values; nothing throws, unless a function
 /// that is handed in does.
 #ifndef MP4JUDGE_LOOK_HPP
@@ -14,35 +15,41 @@ namespace mp4judge {
 
 /// A field of a box.
 struct Field {
-  std::string name;  ///< as the standard has it, in camel case
-  mp4judge_field_kind kind = MP4JUDGE_FIELD_TEXT;
+  std::string name;                                ///< as the standard has it, in camel case
+  mp4judge_field_kind kind = MP4JUDGE_FIELD_TEXT;  ///< what `text` stands for
   std::string text;               ///< the value; of a list, its rows with ", " between them
   std::vector<std::string> rows;  ///< of a list: the first rows of a table
 };
 
 /// A box as a value, with the boxes in it. Members as those of mp4judge_box.
 struct Node {
-  std::string type, name, standard, path;
-  unsigned space = 0;
-  unsigned headerSize = 0;
-  std::uint64_t offset = 0;
-  std::uint64_t size = 0;
-  std::uint64_t present = 0;
-  std::vector<Field> fields;
-  std::vector<std::string> problems;
-  std::vector<Node> children;
+  std::string type;                   ///< four characters, `\xHH` for those not printable ASCII
+  std::string name;                   ///< what its standard calls it; empty when unknown
+  std::string standard;               ///< where that is; empty when unknown
+  std::string path;                   ///< "moov/trak[2]/mdia"
+  unsigned space = 0;                 ///< 0 for the file; otherwise an inflated movie
+  unsigned headerSize = 0;            ///< bytes in front of the payload
+  std::uint64_t offset = 0;           ///< of the header's first byte, in `space`
+  std::uint64_t size = 0;             ///< header included, as the box says
+  std::uint64_t present = 0;          ///< bytes of it that are there
+  std::vector<Field> fields;          ///< those that are known and there
+  std::vector<std::string> problems;  ///< what is wrong with the box, a sentence each
+  std::vector<Node> children;         ///< the boxes in it, in the order of the file
 };
 
 /// The boxes of a file as values. Nothing of it refers to the file once it is made.
 class Tree {
  public:
+  /// Looks at a file. Null options: the defaults.
   static Tree OfPath(const char* path, const mp4judge_tree_options* options = nullptr) noexcept {
     return Tree(mp4judge_tree_open_path(path), options);
   }
+  /// The same for memory. Null is a source without bytes.
   static Tree OfMemory(const void* bytes, std::size_t n,
                        const mp4judge_tree_options* options = nullptr) noexcept {
     return Tree(mp4judge_tree_open_memory(bytes, n), options);
   }
+  /// The same for what two callbacks deliver, as mp4judge_inspect_callbacks takes them.
   static Tree OfCallbacks(mp4judge_read_at readAt, mp4judge_size size, void* user,
                           const mp4judge_tree_options* options = nullptr) noexcept {
     return Tree(mp4judge_tree_open_callbacks(readAt, size, user), options);
@@ -53,9 +60,11 @@ class Tree {
   const std::vector<Node>& Boxes() const { return boxes_; }
   /// What kept the listing from being whole; what is there is true all the same.
   mp4judge_error Error() const { return error_; }
+  /// The errno that belongs to the error, or what a callback answered; 0 when there is none.
   int SystemError() const { return systemError_; }
   /// Whether the walk came to the end of the file.
   bool Complete() const { return complete_; }
+  /// Bytes of the file; 0 when it could not be opened.
   std::uint64_t FileSize() const { return fileSize_; }
 
  private:

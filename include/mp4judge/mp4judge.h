@@ -1,3 +1,4 @@
+/// @file
 /// mp4judge: whether an ISO base media or QuickTime file is protected. The one header most programs
 /// need; C99 and C++ (which may like mp4judge.hpp beside it better).
 ///
@@ -11,6 +12,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+/// Marks what the library exports.
 #ifndef MP4JUDGE_API
 #if defined(__GNUC__)
 #define MP4JUDGE_API __attribute__((visibility("default")))
@@ -25,12 +27,16 @@ extern "C" {
 
 /* ---- Version --------------------------------------------------------------------------------- */
 
-/// The version of this header. The number grows with every version: 10203 is 1.2.3.
+/// The version of this header: what breaks hosts,
 #define MP4JUDGE_VERSION_MAJOR 1
+/// what adds to the interface,
 #define MP4JUDGE_VERSION_MINOR 0
+/// and what does neither.
 #define MP4JUDGE_VERSION_PATCH 0
+/// All three in a number that grows with every version: 10203 is 1.2.3.
 #define MP4JUDGE_VERSION_NUMBER \
   (MP4JUDGE_VERSION_MAJOR * 10000 + MP4JUDGE_VERSION_MINOR * 100 + MP4JUDGE_VERSION_PATCH)
+/// The same as a text.
 #define MP4JUDGE_VERSION_STRING "1.0.0"
 
 /// The version of the library that is running, in the form "1.2.3".
@@ -41,7 +47,7 @@ MP4JUDGE_API const char* mp4judge_version(void);
 /// What kept a call from doing all it was asked for. Numbers keep their meaning; later versions may
 /// add some.
 typedef enum mp4judge_error {
-  MP4JUDGE_OK = 0,
+  MP4JUDGE_OK = 0,                ///< nothing did
   MP4JUDGE_ERROR_ARGUMENT = 1,    ///< null where something is needed
   MP4JUDGE_ERROR_MEMORY = 2,      ///< out of memory
   MP4JUDGE_ERROR_OPEN = 3,        ///< the system refused to open the file; its errno says why
@@ -55,20 +61,23 @@ MP4JUDGE_API const char* mp4judge_error_text(mp4judge_error error);
 
 /* ---- The inspector --------------------------------------------------------------------------- */
 
-/* Whether a file is protected as the standards have it (ISO/IEC 14496-12, 23001-7 and what came
- * before them), with the evidence. An inspection reads a few kilobytes, decrypts nothing and loads
- * no sample table. What it says stands in a report.
- *
- * Ownership: the caller frees a report, once, with mp4judge_report_free. Whatever is reached
- * through a report lives until then, and does not change. Nothing is kept of path, memory,
- * callbacks or options once the call that got them has returned. Threads: one report may be read by
- * several threads at once. A mp4judge_ranges is used by one thread at a time. Callbacks are called
- * by the thread that inspects, during the call. Null: there is a report whatever happens: where a
- * file cannot be opened, a pointer is null or memory is refused, its verdict is undetermined and it
- * says why. Accessors take a null report as one that says nothing, and answer null, 0 or
- * "undetermined". Structures are read through pointers that the library gives; later versions may
- * add members at their ends. */
+/// @name The inspector
+/// Whether a file is protected as the standards have it (ISO/IEC 14496-12, 23001-7 and what
+/// came before them), with the evidence. An inspection reads a few kilobytes, decrypts nothing
+/// and loads no sample table. What it says stands in a report.
+///
+/// Ownership: the caller frees a report, once, with mp4judge_report_free. Whatever is reached
+/// through a report lives until then, and does not change. Nothing is kept of path, memory,
+/// callbacks or options once the call that got them has returned. Threads: one report may be
+/// read by several threads at once. A mp4judge_ranges is used by one thread at a time.
+/// Callbacks are called by the thread that inspects, during the call. Null: there is a report
+/// whatever happens: where a file cannot be opened, a pointer is null or memory is refused, its
+/// verdict is undetermined and it says why. Accessors take a null report as one that says
+/// nothing, and answer null, 0 or "undetermined". Structures are read through pointers that the
+/// library gives; later versions may add members at their ends.
+/// @{
 
+/// The answer of an inspection.
 typedef enum mp4judge_verdict {
   MP4JUDGE_CLEAR = 0,      ///< every sample entry and every item was seen, none is protected
   MP4JUDGE_PROTECTED = 1,  ///< the evidence says where
@@ -79,6 +88,7 @@ typedef enum mp4judge_verdict {
 /// "clear", "protected" or "undetermined"; for any other number the last.
 MP4JUDGE_API const char* mp4judge_verdict_name(mp4judge_verdict verdict);
 
+/// What an inspection is asked for.
 typedef struct mp4judge_options {
   size_t size;  ///< sizeof(mp4judge_options), by which the library knows what members there are
   /// Not 0: looks at all movie fragments. 0: of a file with fragments at the first, and at those
@@ -94,6 +104,7 @@ typedef struct mp4judge_options {
 #define MP4JUDGE_OPTIONS_DEFAULT \
   { sizeof(mp4judge_options), 0, 1, NULL }
 
+/// What an inspection says. The caller frees it with mp4judge_report_free.
 typedef struct mp4judge_report mp4judge_report;
 
 /// Inspects a file. The path is handed to the system byte for byte: UTF-8 as a rule. Only regular
@@ -146,11 +157,16 @@ MP4JUDGE_API void mp4judge_ranges_free(mp4judge_ranges* ranges);
 /// Null is fine.
 MP4JUDGE_API void mp4judge_report_free(mp4judge_report* report);
 
+/// @}
+
 /* ---- What a report says ---------------------------------------------------------------------- */
 
-/* Formats, handlers, types and schemes are four characters; a byte that is not printable ASCII, and
- * each of \ / [ ], stands as \xHH. Lists begin with 0; behind the last element is null. */
+/// @name What a report says
+/// Formats, handlers, types and schemes are four characters; a byte that is not printable ASCII,
+/// and each of `\ / [ ]`, stands as `\xHH`. Lists begin with 0; behind the last element is null.
+/// @{
 
+/// The verdict; undetermined for a null report.
 MP4JUDGE_API mp4judge_verdict mp4judge_report_verdict(const mp4judge_report* report);
 /// What keeps the verdict undetermined, in one sentence; else null.
 MP4JUDGE_API const char* mp4judge_report_reason(const mp4judge_report* report);
@@ -170,8 +186,10 @@ MP4JUDGE_API int mp4judge_report_needs(const mp4judge_report* report, uint64_t* 
 /// The protection schemes, each once, in the order they were met: "cenc", "cbcs", "itun" and so on.
 /// May be empty although something is protected.
 MP4JUDGE_API size_t mp4judge_report_scheme_count(const mp4judge_report* report);
+/// Scheme `i` of them, from 0; null behind the last one.
 MP4JUDGE_API const char* mp4judge_report_scheme(const mp4judge_report* report, size_t i);
 
+/// One track of a report.
 typedef struct mp4judge_track {
   uint32_t id;          ///< 0 when unreadable
   const char* handler;  ///< "soun", "vide", ...; null when unreadable
@@ -179,7 +197,9 @@ typedef struct mp4judge_track {
   size_t entry_count;   ///< sample entries
 } mp4judge_track;
 
+/// How many tracks the report has: at most 1000, though all are looked at.
 MP4JUDGE_API size_t mp4judge_report_track_count(const mp4judge_report* report);
+/// Track `i`, from 0, in the order of the file; null behind the last one.
 MP4JUDGE_API const mp4judge_track* mp4judge_report_track(const mp4judge_report* report, size_t i);
 
 /// One sample entry.
@@ -190,6 +210,7 @@ typedef struct mp4judge_entry {
   size_t scheme_count;          ///< ProtectionSchemeInfoBoxes ("sinf")
 } mp4judge_entry;
 
+/// Sample entry `i` of track `track`, both from 0; null behind the last one.
 MP4JUDGE_API const mp4judge_entry* mp4judge_report_entry(const mp4judge_report* report,
                                                          size_t track, size_t i);
 
@@ -205,35 +226,40 @@ typedef struct mp4judge_scheme {
   unsigned crypt_blocks;                ///< so many blocks of 16 bytes are encrypted,
   unsigned skip_blocks;                 ///< then so many are clear; 0 and 0 is no pattern
   const unsigned char* constant_iv;     ///< null when there is none
-  size_t constant_iv_size;
+  size_t constant_iv_size;              ///< bytes of it, 8 or 16 as a rule; 0 without one
 } mp4judge_scheme;
 
+/// Scheme `i` of sample entry `entry` of track `track`, all from 0; null behind the last one.
 MP4JUDGE_API const mp4judge_scheme* mp4judge_report_entry_scheme(const mp4judge_report* report,
                                                                  size_t track, size_t entry,
                                                                  size_t i);
 
 /// One item (ISO/IEC 14496-12, 8.11), an image for example.
 typedef struct mp4judge_item {
-  uint32_t id;
+  uint32_t id;         ///< its number in the file
   const char* type;    ///< "hvc1", "grid", ...; null where items have no type
   int is_protected;    ///< 0 or 1
   const char* scheme;  ///< null when none is named
 } mp4judge_item;
 
+/// How many items the report has: at most 10000 a list, though all are looked at.
 MP4JUDGE_API size_t mp4judge_report_item_count(const mp4judge_report* report);
+/// Item `i`, from 0, by number; null behind the last one.
 MP4JUDGE_API const mp4judge_item* mp4judge_report_item(const mp4judge_report* report, size_t i);
 
 /// One ProtectionSystemSpecificHeaderBox ("pssh") or what stood for it in PIFF.
 typedef struct mp4judge_system {
-  const unsigned char* id;  ///< 16 bytes
-  const char* name;         ///< as registered; null when unknown
-  size_t key_id_count;
+  const unsigned char* id;       ///< 16 bytes
+  const char* name;              ///< as registered; null when unknown
+  size_t key_id_count;           ///< key ids that the box lists
   const unsigned char* key_ids;  ///< 16 bytes each, one behind the other; null when there are none
   uint64_t payload_size;         ///< bytes of the system's own data
-  const char* box_path;
+  const char* box_path;          ///< where it stands first: "moov/pssh"
 } mp4judge_system;
 
+/// How many protection systems the file names, each once, at most 128.
 MP4JUDGE_API size_t mp4judge_report_system_count(const mp4judge_report* report);
+/// System `i`, from 0, in the order they were met; null behind the last one.
 MP4JUDGE_API const mp4judge_system* mp4judge_report_system(const mp4judge_report* report, size_t i);
 
 /// The offset of what lies inside a compressed movie.
@@ -250,24 +276,29 @@ typedef struct mp4judge_evidence {
   const char* text;      ///< one sentence
 } mp4judge_evidence;
 
+/// How many pieces of evidence there are, at most 1000.
 MP4JUDGE_API size_t mp4judge_report_evidence_count(const mp4judge_report* report);
+/// Piece `i`, from 0, in the order they were met; null behind the last one.
 MP4JUDGE_API const mp4judge_evidence* mp4judge_report_evidence(const mp4judge_report* report,
                                                                size_t i);
 
 /// Something broken, missing or contradictory.
 typedef struct mp4judge_problem {
-  const char* box_path;
-  uint64_t offset;   ///< or MP4JUDGE_NO_OFFSET
-  const char* text;  ///< one sentence
-  int may_hide;      ///< 1 when protection could be where nobody could look
+  const char* box_path;  ///< where it is; empty for the file itself
+  uint64_t offset;       ///< or MP4JUDGE_NO_OFFSET
+  const char* text;      ///< one sentence
+  int may_hide;          ///< 1 when protection could be where nobody could look
 } mp4judge_problem;
 
+/// How many problems there are, at most 200.
 MP4JUDGE_API size_t mp4judge_report_problem_count(const mp4judge_report* report);
+/// Problem `i`, from 0, in the order they were met; null behind the last one.
 MP4JUDGE_API const mp4judge_problem* mp4judge_report_problem(const mp4judge_report* report,
                                                              size_t i);
 
 /// What is easily mistaken for protection, one sentence each.
 MP4JUDGE_API size_t mp4judge_report_note_count(const mp4judge_report* report);
+/// Note `i`, from 0; null behind the last one.
 MP4JUDGE_API const char* mp4judge_report_note(const mp4judge_report* report, size_t i);
 
 /// Movie fragments that were looked at.
@@ -290,11 +321,15 @@ MP4JUDGE_API const char* mp4judge_report_host_difference(const mp4judge_report* 
 /// their order are those of docs/report.schema.json. Belongs to the report; null without memory.
 MP4JUDGE_API const char* mp4judge_report_json(const mp4judge_report* report);
 
+/// @}
+
 /* ---- The host's judgement -------------------------------------------------------------------- */
 
-/* A narrow question that hosts act upon: has any sound or video track ("soun", "vide") a first
- * sample entry of the format "drms"? No other scheme, track or entry counts, so "clear" here means
- * that and no more. */
+/// @name The host's judgement
+/// A narrow question that hosts act upon: has any sound or video track ("soun", "vide") a first
+/// sample entry of the format "drms"? No other scheme, track or entry counts, so "clear" here
+/// means that and no more.
+/// @{
 
 /// What the host's judgement finds.
 typedef enum mp4judge_host_answer {
@@ -313,6 +348,8 @@ MP4JUDGE_API mp4judge_host_answer mp4judge_host_judge(const char* path);
 /// or unreadable. Of a path longer than 2,047 bytes of UTF-8 only the whole characters that fit are
 /// used, as hosts expect; mp4judge_host_judge cuts nothing.
 MP4JUDGE_API int JudgeMP4HaveDRM(const wchar_t* path);
+
+/// @}
 
 #ifdef __cplusplus
 }

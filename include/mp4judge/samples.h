@@ -1,3 +1,4 @@
+/// @file
 /// mp4judge/samples.h: the exact sample index. Every sample of an ISO base media or QuickTime file,
 /// where and when it really is (ISO/IEC 14496-12, -14, -15, 23001-7, QuickTime): from sample tables
 /// and from movie fragments, with an initialization of its own where there is one. C99 and C++
@@ -27,6 +28,7 @@ extern "C" {
 
 /* ---- Opening --------------------------------------------------------------------------------- */
 
+/// An open file. The caller frees it with mp4judge_movie_free.
 typedef struct mp4judge_movie mp4judge_movie;
 
 /// Opens a file. `init` is the path of the initialization that describes a media segment; null when
@@ -68,26 +70,26 @@ typedef struct mp4judge_edit {
 
 /// A track, with its first sample description. Formats are four characters, as in a report.
 typedef struct mp4judge_movie_track {
-  uint32_t id;
-  int in_movie;         ///< 0 when fragments alone name the track
-  const char* handler;  ///< "vide", "soun", ...; null when not told
-  const char* format;   ///< of the sample entry: "avc1", "encv"; null without one
-  const char* codec;    ///< the format before protection: "avc1"
-  int is_protected;     ///< whether some sample description is
-  const char* scheme;   ///< "cenc", ...; null when none is named
-  size_t description_count;
-  uint32_t timescale;    ///< units a second; 0 when not told
-  int64_t duration;      ///< of the media; -1 when not told
-  const char* language;  ///< "eng", "en-US", "mac:0"; "" when not told
-  uint32_t width;        ///< of video, in pixels
-  uint32_t height;
+  uint32_t id;                  ///< of the track header; 0 when unreadable
+  int in_movie;                 ///< 0 when fragments alone name the track
+  const char* handler;          ///< "vide", "soun", ...; null when not told
+  const char* format;           ///< of the sample entry: "avc1", "encv"; null without one
+  const char* codec;            ///< the format before protection: "avc1"
+  int is_protected;             ///< whether some sample description is
+  const char* scheme;           ///< "cenc", ...; null when none is named
+  size_t description_count;     ///< sample descriptions
+  uint32_t timescale;           ///< units a second; 0 when not told
+  int64_t duration;             ///< of the media; -1 when not told
+  const char* language;         ///< "eng", "en-US", "mac:0"; "" when not told
+  uint32_t width;               ///< of video, in pixels
+  uint32_t height;              ///< likewise
   uint32_t channels;            ///< of sound
   double sample_rate;           ///< of sound, frames a second
   const char* config_type;      ///< "avcC", "esds", ...; null without a decoder configuration
   const unsigned char* config;  ///< payload of that box
-  size_t config_size;
-  size_t edit_count;
-  const mp4judge_edit* edits;  ///< null when there are none
+  size_t config_size;           ///< bytes of it; 0 without one
+  size_t edit_count;            ///< edits, in the order they are shown
+  const mp4judge_edit* edits;   ///< null when there are none
 } mp4judge_movie_track;
 
 /// Tracks known so far: those of the movie box, and once samples were asked for, those that
@@ -103,23 +105,23 @@ MP4JUDGE_API uint32_t mp4judge_movie_timescale(const mp4judge_movie* movie);
 
 /// One sample. The caller's own; its members stay as they are in all versions.
 typedef struct mp4judge_sample {
-  uint64_t number;
-  uint64_t offset;  ///< in the file
-  int64_t decode_time;
-  int64_t composition_time;
-  uint32_t size;
-  uint32_t duration;
-  uint32_t description;  ///< sample description, from 1; 0 when nothing names one
-  uint32_t fragment;     ///< movie fragment, from 1; 0 for the movie box
-  int8_t sync;           ///< 1, 0; -1 when not told
-  int8_t is_protected;   ///< 1, 0; -1 when it cannot be told
+  uint64_t number;           ///< from 1
+  uint64_t offset;           ///< in the file
+  int64_t decode_time;       ///< in units of the track's timescale
+  int64_t composition_time;  ///< likewise; when it is shown, before edits
+  uint32_t size;             ///< bytes
+  uint32_t duration;         ///< in units of the track's timescale
+  uint32_t description;      ///< sample description, from 1; 0 when nothing names one
+  uint32_t fragment;         ///< movie fragment, from 1; 0 for the movie box
+  int8_t sync;               ///< 1, 0; -1 when not told
+  int8_t is_protected;       ///< 1, 0; -1 when it cannot be told
   /// is_leading, depends_on, is_depended_on, has_redundancy (SampleDependencyTypeBox), two bits
   /// each from the highest on.
   uint8_t depends;
   uint8_t outside;       ///< 1: not all of its bytes are in the file
   uint8_t elsewhere;     ///< 1: its data reference names another file
   uint8_t partial_sync;  ///< 1: in QuickTime's partial sync table
-  uint8_t reserved[2];
+  uint8_t reserved[2];   ///< 0
 } mp4judge_sample;
 
 /// How many samples a track lists.
@@ -156,21 +158,21 @@ MP4JUDGE_API size_t mp4judge_movie_read(mp4judge_movie* movie, const mp4judge_sa
 /// Arrays of the caller's, each with room for all samples that are asked for. Null columns are left
 /// out.
 typedef struct mp4judge_columns {
-  uint64_t* offsets;
-  uint32_t* sizes;
-  int64_t* decode_times;
-  int64_t* composition_times;
-  uint32_t* durations;
-  uint8_t* flags;  ///< of MP4JUDGE_SAMPLE_...
+  uint64_t* offsets;           ///< in the file
+  uint32_t* sizes;             ///< bytes
+  int64_t* decode_times;       ///< in units of the track's timescale
+  int64_t* composition_times;  ///< likewise
+  uint32_t* durations;         ///< likewise
+  uint8_t* flags;              ///< of MP4JUDGE_SAMPLE_...
 } mp4judge_columns;
 
-#define MP4JUDGE_SAMPLE_SYNC 1
-#define MP4JUDGE_SAMPLE_PROTECTED 2
-#define MP4JUDGE_SAMPLE_OUTSIDE 4
-#define MP4JUDGE_SAMPLE_ELSEWHERE 8
-#define MP4JUDGE_SAMPLE_PARTIAL_SYNC 16
-#define MP4JUDGE_SAMPLE_SYNC_UNKNOWN 32
-#define MP4JUDGE_SAMPLE_PROTECTION_UNKNOWN 64
+#define MP4JUDGE_SAMPLE_SYNC 1                 ///< `sync` of the sample is 1
+#define MP4JUDGE_SAMPLE_PROTECTED 2            ///< `is_protected` is 1
+#define MP4JUDGE_SAMPLE_OUTSIDE 4              ///< `outside` is 1
+#define MP4JUDGE_SAMPLE_ELSEWHERE 8            ///< `elsewhere` is 1
+#define MP4JUDGE_SAMPLE_PARTIAL_SYNC 16        ///< `partial_sync` is 1
+#define MP4JUDGE_SAMPLE_SYNC_UNKNOWN 32        ///< `sync` is -1
+#define MP4JUDGE_SAMPLE_PROTECTION_UNKNOWN 64  ///< `is_protected` is -1
 
 /// Fills columns with up to `most` samples from number `first` on. Returns how many there were.
 MP4JUDGE_API size_t mp4judge_movie_columns(mp4judge_movie* movie, size_t track, uint64_t first,
@@ -179,12 +181,15 @@ MP4JUDGE_API size_t mp4judge_movie_columns(mp4judge_movie* movie, size_t track, 
 /// What is wrong with the boxes that place samples, one sentence each: of a track, or with `track`
 /// SIZE_MAX of the movie and its fragments. Loads the track.
 MP4JUDGE_API size_t mp4judge_movie_problem_count(mp4judge_movie* movie, size_t track);
+/// Problem `i`, from 0; null behind the last one.
 MP4JUDGE_API const char* mp4judge_movie_problem(mp4judge_movie* movie, size_t track, size_t i);
 
 /* ---- Walking --------------------------------------------------------------------------------- */
 
+/// A walk over samples. The caller frees it with mp4judge_cursor_free, before its movie.
 typedef struct mp4judge_cursor mp4judge_cursor;
 
+/// The order in which the samples of all tracks come.
 typedef enum mp4judge_order {
   MP4JUDGE_FILE_ORDER = 0,   ///< by offset
   MP4JUDGE_DECODE_ORDER = 1  ///< by decode time in seconds

@@ -45,10 +45,10 @@ class Sample(NamedTuple):
 
     number: int  #: from 1 within the track
     offset: int  #: in the file
-    size: int
+    size: int  #: bytes
     dts: int  #: decode time
     cts: int  #: composition time
-    duration: int
+    duration: int  #: in units of the track's timescale
     sync: Optional[bool]  #: None when not told
     description: int  #: sample description, from 1; 0 when nothing names one
     protected: Optional[bool]  #: None when it cannot be told
@@ -71,13 +71,13 @@ class Edit(NamedTuple):
 class Columns:
     """Samples as NumPy arrays, one element a sample."""
 
-    number: numpy.ndarray[Any, Any]
-    offset: numpy.ndarray[Any, Any]
-    size: numpy.ndarray[Any, Any]
-    dts: numpy.ndarray[Any, Any]
-    cts: numpy.ndarray[Any, Any]
-    duration: numpy.ndarray[Any, Any]
-    flags: numpy.ndarray[Any, Any]  #: MP4JUDGE_SAMPLE_... of samples.h
+    number: numpy.ndarray[Any, Any]  #: from 1 within the track
+    offset: numpy.ndarray[Any, Any]  #: in the file
+    size: numpy.ndarray[Any, Any]  #: bytes
+    dts: numpy.ndarray[Any, Any]  #: decode times, in units of the track's timescale
+    cts: numpy.ndarray[Any, Any]  #: composition times, likewise
+    duration: numpy.ndarray[Any, Any]  #: likewise
+    flags: numpy.ndarray[Any, Any]  #: bits, the `MP4JUDGE_SAMPLE_` numbers of samples.h
 
     @property
     def sync(self) -> numpy.ndarray[Any, Any]:
@@ -250,7 +250,7 @@ class Samples(Sequence[Sample]):
 class MovieTrack:
     """A track, with its first sample description."""
 
-    id: int
+    id: int  #: of the track header; 0 when unreadable
     in_movie: bool  #: False when fragments alone name the track
     handler: Optional[str]  #: "vide", "soun", ...; None when not told
     format: Optional[str]  #: of the sample entry: "avc1", "encv"
@@ -262,12 +262,13 @@ class MovieTrack:
     duration: Optional[int]  #: of the media; None when not told
     language: str  #: "eng", "en-US", "mac:0"; "" when not told
     width: int  #: of video, in pixels
-    height: int
+    height: int  #: likewise
     channels: int  #: of sound
     sample_rate: float  #: of sound, frames a second
     config_type: Optional[str]  #: "avcC", "esds", ...; None without a decoder configuration
     config: bytes = field(repr=False)  #: payload of that box
-    edits: tuple[Edit, ...]
+    edits: tuple[Edit, ...]  #: in the order they are shown
+    #: all of them, looked up when they are asked for
     samples: Samples = field(compare=False, repr=False)
     _movie: Movie = field(compare=False, repr=False)
     _index: int = field(compare=False, repr=False)

@@ -7,6 +7,8 @@ from collections.abc import Mapping
 from dataclasses import dataclass, fields
 from typing import Any, ClassVar, Literal, Optional, TypeVar
 
+#: "clear": everything was seen, nothing is protected. "protected": the evidence says where.
+#: "undetermined": something that could be protected was not seen; the reason says what.
 Verdict = Literal["clear", "protected", "undetermined"]
 
 _Part = TypeVar("_Part", bound="Part")
@@ -59,38 +61,40 @@ class Scheme(Part):
     """One ProtectionSchemeInfoBox ("sinf") of a sample entry."""
 
     scheme: Optional[str]  #: None without a SchemeTypeBox
-    version: int
-    uri: Optional[str]
-    original_format: Optional[str]
+    version: int  #: of the scheme; 0 without one
+    uri: Optional[str]  #: None when there is none
+    original_format: Optional[str]  #: None without an OriginalFormatBox
     default_protected: Optional[bool]  #: None without a TrackEncryptionBox
-    default_key_id: Optional[str]
+    default_key_id: Optional[str]  #: in hexadecimal with dashes; None without a TrackEncryptionBox
     iv_size: int  #: bytes for each sample
     crypt_blocks: int  #: so many blocks of 16 bytes are encrypted,
     skip_blocks: int  #: then so many are clear; 0 and 0 is no pattern
-    constant_iv: Optional[str]
+    constant_iv: Optional[str]  #: in hexadecimal; None when there is none
 
 
 @dataclass(frozen=True)
 class Entry(Part):
     """One sample entry. `scheme` to `default_key_id` are those of the first of `schemes`."""
 
-    format: str
+    format: str  #: "avc1", "encv", ...
     original_format: Optional[str]  #: before it was protected or restricted
-    protected: bool
-    scheme: Optional[str]
-    default_protected: Optional[bool]
-    default_key_id: Optional[str]
-    schemes: tuple[Scheme, ...]
+    protected: bool  #: whether it is for protected media
+    scheme: Optional[str]  #: "cenc", ...; None when none is named
+    default_protected: Optional[bool]  #: None without a TrackEncryptionBox
+    default_key_id: Optional[str]  #: in hexadecimal with dashes; None without a TrackEncryptionBox
+    schemes: tuple[Scheme, ...]  #: every ProtectionSchemeInfoBox, in the order of the file
 
     _many = {"schemes": Scheme}
 
 
 @dataclass(frozen=True)
 class Track(Part):
+    """One track."""
+
     id: int  #: 0 when unreadable
     handler: Optional[str]  #: "soun", "vide", ...; None when unreadable
-    protected: bool
-    entries: tuple[Entry, ...]
+    protected: bool  #: whether some entry is, or an object descriptor says so
+    entries: tuple[Entry, ...]  #: the sample entries
 
     _many = {"entries": Entry}
 
@@ -99,11 +103,11 @@ class Track(Part):
 class System(Part):
     """A protection system that the file names ("pssh"), whether or not something is protected."""
 
-    id: str
+    id: str  #: in hexadecimal with dashes
     name: Optional[str]  #: as registered; None when unknown
-    key_ids: tuple[str, ...]
+    key_ids: tuple[str, ...]  #: those that the box lists, likewise
     payload_size: int  #: bytes of the system's own data
-    box_path: str
+    box_path: str  #: where it stands first
 
 
 @dataclass(frozen=True)
@@ -112,10 +116,10 @@ class Evidence(Part):
 
     box_path: str  #: for example "moov/trak[2]/mdia/minf/stbl/stsd/enca[1]/sinf/schm"
     offset: Optional[int]  #: of the box's first byte; None inside a compressed movie
-    track: Optional[int]
-    item: Optional[int]
-    format: Optional[str]
-    scheme: Optional[str]
+    track: Optional[int]  #: track id; None when it is of no single track
+    item: Optional[int]  #: item id; None when it is of no single item
+    format: Optional[str]  #: None when it is of no single entry
+    scheme: Optional[str]  #: None when none is named
     text: str  #: one sentence
 
 
@@ -123,9 +127,9 @@ class Evidence(Part):
 class Problem(Part):
     """What is broken, missing or contradictory."""
 
-    box_path: str
-    offset: Optional[int]
-    text: str
+    box_path: str  #: where it is; "" for the file itself
+    offset: Optional[int]  #: of the box's first byte; None inside a compressed movie
+    text: str  #: one sentence
     may_hide: bool  #: protection could be where nobody could look
 
 
@@ -133,10 +137,10 @@ class Problem(Part):
 class Item(Part):
     """An item, for example an image."""
 
-    id: int
-    type: Optional[str]
-    protected: bool
-    scheme: Optional[str]
+    id: int  #: its number in the file
+    type: Optional[str]  #: "hvc1", "grid", ...; None where items have no type
+    protected: bool  #: itself, or what it is derived from
+    scheme: Optional[str]  #: None when none is named
 
 
 @dataclass(frozen=True)
@@ -144,34 +148,34 @@ class Failure(Part):
     """What kept the source from being opened or read."""
 
     code: int  #: a mp4judge_error
-    text: str
+    text: str  #: what the number means
     errno: int  #: the system's number; 0 for none
-    offset: Optional[int]
-    size: Optional[int]
+    offset: Optional[int]  #: the first byte to bring, where bytes are needed
+    size: Optional[int]  #: how many bytes to bring
 
 
 @dataclass(frozen=True, repr=False)
 class Report(Part):
     """What an inspection says of one source."""
 
-    schema: str
+    schema: str  #: "mp4judge-report/1"
     path: Optional[str]  #: bytes that are not UTF-8 stand as U+FFFD, see `path_bytes`
-    verdict: Verdict
+    verdict: Verdict  #: "clear", "protected" or "undetermined"
     schemes: tuple[str, ...]  #: each once; may be empty although something is protected
     host_answer: Optional[int]  #: the host's judgement: 1 protected, 0 clear or unreadable
     reason: Optional[str]  #: what keeps the verdict undetermined
-    tracks: tuple[Track, ...]
-    systems: tuple[System, ...]
-    evidence: tuple[Evidence, ...]
-    problems: tuple[Problem, ...]
-    items: tuple[Item, ...]
+    tracks: tuple[Track, ...]  #: in the order of the file
+    systems: tuple[System, ...]  #: those that the file names, each once
+    evidence: tuple[Evidence, ...]  #: in the order it was met
+    problems: tuple[Problem, ...]  #: in the order they were met
+    items: tuple[Item, ...]  #: by number
     notes: tuple[str, ...]  #: what is easily mistaken for protection
     fragments: int  #: movie fragments that were looked at
     everything: bool  #: every top-level box was looked at
     host_reads: Optional[bool]  #: whether the host could read a movie
     host_difference: Optional[str]  #: why the host's answer is not the verdict
     path_bytes: Optional[str]  #: a path that is not UTF-8, in hexadecimal
-    error: Optional[Failure]
+    error: Optional[Failure]  #: what kept the source from being opened or read
 
     _one = {"error": Failure}
     _many = {

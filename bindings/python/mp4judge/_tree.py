@@ -24,13 +24,13 @@ class Box(Part):
     standard: str  #: where that is; "" when unknown
     path: str  #: "moov/trak[2]/mdia"
     space: int  #: 0 for the file; otherwise an inflated movie, whose bytes `offset` counts in
-    offset: int
-    header_size: int
+    offset: int  #: of the header's first byte
+    header_size: int  #: bytes in front of the payload
     size: int  #: header included, as the box says
     present: int  #: bytes of it that are there
     fields: Mapping[str, Any]  #: named as the standard has it, in camel case
-    problems: tuple[str, ...]
-    children: tuple[Box, ...]
+    problems: tuple[str, ...]  #: what is wrong with the box, a sentence each
+    children: tuple[Box, ...]  #: the boxes in it, in the order of the file
 
     @classmethod
     def from_dict(cls, members: Mapping[str, Any]) -> Box:
@@ -67,8 +67,8 @@ class Tree(Part):
 
     size: int  #: bytes of the file
     complete: bool  #: False when more boxes are there than were wanted
-    problems: tuple[str, ...]
-    boxes: tuple[Box, ...]
+    problems: tuple[str, ...]  #: what is wrong with the file, a sentence each
+    boxes: tuple[Box, ...]  #: those at the top level, or those of the path asked for
 
     _many = {"boxes": Box}
 

@@ -34,6 +34,12 @@ def test_names_are_there_as_promised() -> None:
     assert (PACKAGE / "py.typed").exists()
 
 
+def test_every_name_has_its_place_on_the_page() -> None:
+    page = (PACKAGE.parents[2] / "docs" / "python" / "index.rst").read_text()
+    told = set(re.findall(r"^\.\. auto\w+:: mp4judge\.(?:\w+\.)?(\w+)$", page, re.M))
+    assert told == set(mp4judge.__all__)
+
+
 def test_a_library_that_is_not_there_is_an_import_error() -> None:
     done = run("-c", "import mp4judge", MP4JUDGE_LIBRARY="/no/such/library.so")
     assert done.returncode == 1
