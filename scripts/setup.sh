@@ -11,7 +11,7 @@ test_needs=("${build_needs[@]}" cc:gcc nm:binutils clang-format:clang-format -:l
   valgrind:valgrind)
 # Without these a part of the tests is left out.
 useful_in_tests=(pkg-config:pkg-config abidiff:abigail-tools clang++:clang python3:python3
-  doxygen:doxygen sphinx-build:python3-sphinx
+  doxygen:doxygen sphinx-build:python3-sphinx parallel:parallel
   pytest-3:python3-pytest -:python3-numpy -:python3-pandas mypy:mypy
   -:python3-dask -:python3-distributed -:python3-fsspec -:python3-aiohttp -:python3-requests)
 lint_needs=("${test_needs[@]}" clang-tidy:clang-tidy)
