@@ -6,6 +6,9 @@ get_target_property(form mp4judge_library TYPE)
 
 install(DIRECTORY include/mp4judge ${PROJECT_BINARY_DIR}/include/mp4judge
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+# What is told as JSON, by their schemas.
+install(FILES docs/report.schema.json docs/tree.schema.json docs/info.schema.json
+  docs/layout.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/mp4judge COMPONENT development)
 install(TARGETS mp4judge_library EXPORT mp4judge
   LIBRARY COMPONENT library NAMELINK_COMPONENT development
   ARCHIVE COMPONENT development)

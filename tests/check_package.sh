@@ -69,6 +69,10 @@ case_headers() {
 case_install() {
   install_build "$build"
   [[ ! -x $build/bin/mp4judge ]] || [[ $("$prefix/bin/mp4judge" "${samples[0]}") == *": clear" ]]
+  local kind
+  for kind in report tree info layout; do
+    [[ -s $prefix/share/mp4judge/$kind.schema.json ]]
+  done
   # What is installed and made by the build is made when everything is, as ./judge asks for.
   local made file missing=0
   made=$(ninja -C "$build" -t inputs all)

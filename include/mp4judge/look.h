@@ -109,26 +109,26 @@ MP4JUDGE_API mp4judge_error mp4judge_tree_walk(mp4judge_tree* tree,
 /// Whether the last walk, or JSON of a tree, came to the end of the file: 1, else 0.
 MP4JUDGE_API int mp4judge_tree_complete(const mp4judge_tree* tree);
 
-/// The same as JSON in UTF-8: {"size", "complete", "problems", "boxes"}, a box as {"type", "name",
-/// "standard", "path", "offset", "header_size", "size", "fields", "problems", "children"} where
-/// members without a value are left out. Bytes of texts that are not UTF-8 stand as U+FFFD. Null
-/// without memory, and for a null tree.
+/// The same as JSON in UTF-8 (docs/tree.schema.json): {"size", "complete", "problems", "boxes"}, a
+/// box as {"type", "name", "standard", "path", "offset", "header_size", "size", "fields",
+/// "problems", "children"} where members without a value are left out. Bytes of texts that are not
+/// UTF-8 stand as U+FFFD. Null without memory, and for a null tree.
 MP4JUDGE_API const char* mp4judge_tree_json(mp4judge_tree* tree,
                                             const mp4judge_tree_options* options);
 
-/// The movie as people describe it, as JSON: {"size", "verdict", "reason", "schemes", "brand",
-/// "compatibleBrands", "hasMovie", "created", "seconds", "fragments", "tracks", "metadata",
-/// "chapters", "cover", "problems"}. A track has its samples counted, its bit rate, its frame rate
-/// as a fraction, its edits, and a description for each sample entry with codec, profile and level.
-/// Members without a value are left out. `indented` as in the options. Reads the sample tables and
-/// all fragments. Null without memory, and for a tree that could not be opened.
+/// The movie as people describe it, as JSON (docs/info.schema.json): {"size", "verdict", "reason",
+/// "schemes", "brand", "compatibleBrands", "hasMovie", "created", "seconds", "fragments", "tracks",
+/// "metadata", "chapters", "cover", "problems"}. A track has its samples counted, its bit rate, its
+/// frame rate as a fraction, its edits, and a description for each sample entry with codec, profile
+/// and level. Members without a value are left out. `indented` as in the options. Reads the sample
+/// tables and all fragments. Null without memory, and for a tree that could not be opened.
 MP4JUDGE_API const char* mp4judge_info_json(mp4judge_tree* tree, int indented);
 
-/// Where media lies in the file, and when it plays, as JSON: {"size", "seconds", "tracks"}, a track
-/// as {"id", "handler", "codec", "protected", "whole", "extents", "bytes"}. An extent is [offset,
-/// end, bytes of samples]; small gaps are passed over where there would be too many. "bytes" has
-/// those of the samples that begin in each of `parts` equal parts of the time, 1 to 4096. Null
-/// without memory, and for a tree that could not be opened.
+/// Where media lies in the file, and when it plays, as JSON (docs/layout.schema.json): {"size",
+/// "seconds", "tracks"}, a track as {"id", "handler", "codec", "protected", "whole", "extents",
+/// "bytes"}. An extent is [offset, end, bytes of samples]; small gaps are passed over where there
+/// would be too many. "bytes" has those of the samples that begin in each of `parts` equal parts of
+/// the time, 1 to 4096. Null without memory, and for a tree that could not be opened.
 MP4JUDGE_API const char* mp4judge_layout_json(mp4judge_tree* tree, unsigned parts);
 
 #ifdef __cplusplus
