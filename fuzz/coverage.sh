@@ -5,7 +5,7 @@ set -euo pipefail
 corpora=$(readlink -f "$1")
 cd "$(dirname "$(readlink -f "$0")")/.."
 build=build/coverage
-targets=(judge demux boxes tables utf)
+targets=(judge demux boxes tables samples utf interface tree report)
 
 instrument="-fprofile-instr-generate -fcoverage-mapping"
 CC=clang CXX=clang++ cmake -S . -B $build -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
@@ -19,7 +19,7 @@ for target in "${targets[@]}"; do
   programs+=(-object "$program")
 done
 llvm-profdata merge -o $build/all.profdata $build/*.profraw
-for folder in io codecs boxes demux; do
+for folder in io codecs boxes demux iso inspect samples door; do
   printf '%s: ' "$folder"
   llvm-cov export -summary-only -instr-profile=$build/all.profdata "${programs[@]:1}" "$folder" 2>/dev/null |
     python3 -c 'import json, sys

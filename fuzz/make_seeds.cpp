@@ -1,12 +1,12 @@
 // Writes the first inputs of every target from the project's own builders:
-//   make_seeds FOLDER   makes FOLDER/judge, FOLDER/demux, FOLDER/interface, FOLDER/boxes,
-//   FOLDER/tables and FOLDER/utf
+//   make_seeds FOLDER   makes FOLDER/judge and a folder for each other target
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <string>
 
 #include "tests/GoldenBoxes.h"
+#include "tests/inspect/ProtectionFixtures.h"
 
 namespace {
 
@@ -45,6 +45,40 @@ void SaveFiles() {
   SaveFile("compressed", Box("moov", Cmov(Moov({Film(), Song("drms")}))));
   SaveFile("large",
            Ftyp("qt  ") + SizedBox(1, "mdat", Bytes().Be64(40).Fill(24)) + Moov({Song("ima4")}));
+}
+
+void SaveInspected(const std::string& name, const Bytes& bytes) {
+  Save("tree", name, bytes);
+  Save("report", name, bytes);
+}
+
+/// One file for each way in which media or items are protected, and for what only looks so.
+void SaveProtection() {
+  namespace p = protection;
+  SaveInspected("clear", p::ClearMovie());
+  SaveInspected("second-track", p::ProtectedMovie());
+  SaveInspected("second-entry",
+                p::Movie(p::Trak(1, "vide", {p::ClearVideo(), p::ProtectedVideo()})));
+  SaveInspected(
+      "quicktime-sound",
+      p::MovieOf(p::AudioEntry("mp4a", Box("wave", p::Frma("mp4a")) + p::Sinf("mp4a", "itun"), 1),
+                 "soun"));
+  SaveInspected("compressed",
+                p::FileType() + p::Compressed(p::Moov(p::Trak(1, "vide", {p::ProtectedVideo()}))));
+  SaveInspected("fragments", p::FragmentedMovie(p::ProtectedVideo()) +
+                                 p::Fragment(p::Senc(), p::Pssh()) +
+                                 p::Fragment(p::Seig() + p::SeigMap()));
+  SaveInspected("fragments-clear",
+                p::FragmentedMovie(p::ClearVideo()) + p::Fragment() + p::Fragment());
+  SaveInspected("segment", p::SegmentType() + p::Fragment(p::PiffSenc(), p::PiffPssh()));
+  SaveInspected("objects", p::ObjectMovie(p::ObjectSample(1, "ACBC")));
+  SaveInspected("oma", p::OmaFile(1));
+  SaveInspected("items",
+                p::ImageFile(p::Iinf({p::Infe(1, 0, "grid"), p::Infe(2, 1)}) +
+                             p::Ipro({Box("sinf", p::Schm("cenc"))}) + p::Iref(p::Dimg(1, {2}))));
+  SaveInspected(
+      "subtitles",
+      p::MovieOf(p::PlainEntry("stpp", Bytes{0x61, 0, 0, 0} + p::Sinf("stpp", "cenc")), "subt"));
 }
 
 void SaveBoxes() {
@@ -88,6 +122,7 @@ int main(int argc, char** argv) {
   SaveFiles();
   SaveBoxes();
   SaveTables();
+  SaveProtection();
   Save("utf", "mixed", Bytes{1, 64}.Text("Zo\xC3\xAB \xE2\x82\xAC \xF0\x9F\x8E\xB5"));
   return 0;
 }

@@ -86,7 +86,7 @@ class Inspection {
       : source_(source),
         options_(options),
         report_(report),
-        tree_(source),
+        tree_(source, options.limits.value_or(TreeLimits::For(source->Size()))),
         findings_(&tree_, report),
         signs_(&findings_),
         fragments_(&findings_, &signs_) {}

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <optional>
+
 #include "inspect/Report.h"
-#include "io/CachedSource.h"
+#include "iso/BoxTree.h"
 
 namespace mp4 {
 
@@ -9,6 +11,8 @@ struct InspectOptions {
   /// All movie fragments. Without it the verdict rests on the movie boxes, all of a file without
   /// fragments, and of one with them the first fragment and those near the file's beginning.
   bool everything = false;
+  /// Instead of the limits that grow with the source.
+  std::optional<TreeLimits> limits = std::nullopt;
 };
 
 /// Whether the file is protected, and where it says so (ISO/IEC 14496-12, 8.12; ISO/IEC 23001-7;

@@ -137,6 +137,22 @@ TEST(Inspect, ManySmallBoxesAreAllWalked) {
   EXPECT_EQ(p::kProtected, p::VerdictOf(p::ClearMovie() + boxes + p::ProtectedMovie()));
 }
 
+TEST(Inspect, WithinTightLimitsNothingIsClearThatWasNotSeen) {
+  const Bytes file = p::ClearMovie();
+  mp4::TreeLimits limits = mp4::TreeLimits::For(file.size());
+  std::uint64_t needed = 0;
+  for (limits.boxes = 1; limits.boxes < 100; ++limits.boxes) {
+    mp4::MemorySource source(file.data(), file.size());
+    const mp4::Report report = mp4::Inspect(&source, {false, limits});
+    if (report.verdict == p::kClear && needed == 0) needed = limits.boxes;
+    EXPECT_EQ(needed == 0 ? p::kUndetermined : p::kClear, report.verdict) << limits.boxes;
+    EXPECT_EQ(needed != 0, report.everything);
+  }
+  // The file as a whole, its file type, movie and media data, the movie's header, and two tracks
+  // with 14 boxes and an entry each, of which one has a box; but not "dref" nor what it holds.
+  EXPECT_EQ(36U, needed);
+}
+
 TEST(Inspect, NestingDeeperThanTheLimitIsNotClear) {
   Bytes moov = p::Moov(p::VideoTrak());
   for (int i = 0; i < 20; ++i) moov = p::Compressed(moov);
