@@ -15,6 +15,7 @@ void Fragments::Inspect(BoxId moof) {
         LookAtTrack(box);
         break;
       case FourCC("meta"):
+      case FourCC("meco"):
         InspectItems(findings_, box);
         break;
       case FourCC("moof"):  // an inflated "!mof" may begin with its own header
@@ -41,8 +42,11 @@ void Fragments::LookAtTrack(BoxId traf) {
     findings_->Doubt(traf, "a track fragment without a header");
   }
   for (BoxId box = tree.FirstChild(traf); box != kNoBox; box = tree.Next(box)) {
-    if (tree.At(box).type == FourCC("meta")) {
+    const std::uint32_t type = tree.At(box).type;
+    if (type == FourCC("meta") || type == FourCC("meco")) {
       InspectItems(findings_, box);
+    } else if (InspectSystem(findings_, box)) {
+      signs_->CollectSystem(box);
     } else if (!signs_->Collect(box, track)) {
       CheckUnknownBox(findings_, box);
     }

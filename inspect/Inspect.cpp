@@ -134,7 +134,12 @@ class Inspection {
         fragments_.Inspect(box);
         break;
       case FourCC("meta"):
+      case FourCC("meco"):
         items_ += InspectItems(&findings_, box);
+        break;
+      case FourCC("mpvd"):  // a motion photo: a whole file in a box
+        for (BoxId inner = tree_.FirstChild(box); inner != kNoBox; inner = tree_.Next(inner))
+          LookAt(inner);
         break;
       case FourCC("odrm"):
         hasContainer_ = true;

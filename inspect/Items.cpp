@@ -65,6 +65,9 @@ class ItemInspection {
       case FourCC("iloc"):
         hasLocations_ = true;
         break;
+      case FourCC("ipmc"):
+        findings_->Doubt(box, "a box of IPMP control, yet no item says what it protects");
+        break;
       default:
         if (!InspectSystem(findings_, box)) CheckUnknownBox(findings_, box);
         break;
@@ -73,6 +76,9 @@ class ItemInspection {
 
   void LookAtItems(BoxId iinf) {
     hasItems_ = true;
+    constexpr std::uint8_t kLastVersion = 1;
+    if (tree_.Payload(iinf, 0, 1).U8() > kLastVersion)
+      findings_->Doubt(iinf, "the item information is of an unknown version");
     for (BoxId box = tree_.FirstChild(iinf); box != kNoBox; box = tree_.Next(box)) {
       ItemInfo item;
       if (tree_.At(box).type != FourCC("infe")) {
@@ -100,12 +106,13 @@ class ItemInspection {
     }
   }
 
-  /// ItemEncryptionBox "ienc" among the properties: parameters of encrypted items.
+  /// ItemEncryptionBox "ienc" and ItemAuxiliaryInformationBox "iaux" among the properties:
+  /// parameters of encrypted items.
   void LookAtProperties(BoxId iprp) {
     for (BoxId ipco = tree_.Child(iprp, FourCC("ipco")); ipco != kNoBox;
          ipco = tree_.NextOfType(ipco)) {
-      const BoxId ienc = tree_.Child(ipco, FourCC("ienc"));
-      if (parameters_ == kNoBox) parameters_ = ienc;
+      if (parameters_ == kNoBox) parameters_ = tree_.Child(ipco, FourCC("ienc"));
+      if (parameters_ == kNoBox) parameters_ = tree_.Child(ipco, FourCC("iaux"));
     }
   }
 
@@ -217,8 +224,18 @@ class ItemInspection {
 
 }  // namespace
 
-std::uint64_t InspectItems(Findings* findings, BoxId meta) {
-  return ItemInspection(findings, meta).Run();
+std::uint64_t InspectItems(Findings* findings, BoxId box) {
+  BoxTree& tree = findings->Tree();
+  if (tree.At(box).type == FourCC("meta")) return ItemInspection(findings, box).Run();
+  std::uint64_t items = 0;
+  for (BoxId meta = tree.FirstChild(box); meta != kNoBox; meta = tree.Next(meta)) {
+    if (tree.At(meta).type == FourCC("meta")) {
+      items += ItemInspection(findings, meta).Run();
+    } else {
+      CheckUnknownBox(findings, meta);
+    }
+  }
+  return items;
 }
 
 }  // namespace mp4

@@ -2,6 +2,7 @@
 
 #include "io/FourCC.h"
 #include "iso/TypeText.h"
+#include "iso/UserType.h"
 
 namespace mp4 {
 
@@ -31,9 +32,11 @@ bool IsOnTheWay(std::uint32_t type) {
 
 namespace {
 
-/// First boxes of those on the way.
+/// First boxes of those on the way and of whole files.
 bool BeginsOneOnTheWay(std::uint32_t type) {
   switch (type) {
+    case FourCC("ftyp"):
+    case FourCC("meta"):
     case FourCC("mvhd"):
     case FourCC("tkhd"):
     case FourCC("mdhd"):
@@ -59,19 +62,18 @@ bool BeginsOneOnTheWay(std::uint32_t type) {
 /// Boxes with bytes of their own that may look like anything.
 bool IsBulk(std::uint32_t type) {
   return type == FourCC("mdat") || type == FourCC("free") || type == FourCC("skip") ||
-         type == FourCC("wide") || type == FourCC("udta") || type == FourCC("uuid");
+         type == FourCC("wide") || type == FourCC("udta");
 }
 
-/// `from`: payload bytes in front, which full boxes have.
-bool HoldsSuchBox(BoxTree* tree, BoxId box, std::uint64_t from) {
+}  // namespace
+
+bool CoversBoxOnTheWay(BoxTree* tree, BoxId box, std::uint64_t from) {
   FieldView fields = tree->Payload(box, from, 8);
   if (fields.Left() < 8) return false;
   const std::uint64_t size = fields.U32();
   return size >= 8 && size + from <= tree->At(box).PayloadSize() &&
          BeginsOneOnTheWay(fields.Type());
 }
-
-}  // namespace
 
 bool LooksLikeSchemeInfo(BoxTree* tree, BoxId box) {
   FieldView fields = tree->Payload(box, 0, 8);
@@ -84,11 +86,15 @@ bool LooksLikeSchemeInfo(BoxTree* tree, BoxId box) {
 void CheckUnknownBox(Findings* findings, BoxId box) {
   BoxTree& tree = findings->Tree();
   const std::uint32_t type = tree.At(box).type;
-  if (IsOnTheWay(type)) {
+  const UserTypeKind kind = KindOfUserType(&tree, box);
+  const bool isPiff =
+      kind == UserTypeKind::kTrackEncryption || kind == UserTypeKind::kSampleEncryption;
+  if (IsOnTheWay(type) || isPiff) {
     findings->Doubt(box, "a box \"" + TypeText(type) + "\" stands where none belongs");
   } else if (!IsBulk(type) && tree.At(box).PayloadSize() >= 8 &&
-             (HoldsSuchBox(&tree, box, 0) || HoldsSuchBox(&tree, box, 4) ||
-              HoldsSuchBox(&tree, box, 8))) {
+             // Behind the fields that a full box, or one with a count, has.
+             (CoversBoxOnTheWay(&tree, box, 0) || CoversBoxOnTheWay(&tree, box, 4) ||
+              CoversBoxOnTheWay(&tree, box, 8))) {
     findings->Doubt(box, "the unknown box \"" + TypeText(type) + "\" holds boxes of a movie");
   }
 }

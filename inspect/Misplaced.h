@@ -13,6 +13,10 @@ bool IsOnTheWay(std::uint32_t type);
 /// holds such boxes.
 void CheckUnknownBox(Findings* findings, BoxId box);
 
+/// Whether behind `from` payload bytes of a box another one begins that is on the way: its size may
+/// be wrong then, and cover its siblings.
+bool CoversBoxOnTheWay(BoxTree* tree, BoxId box, std::uint64_t from);
+
 /// Whether a child of a sample entry begins like a "sinf" box of another type.
 bool LooksLikeSchemeInfo(BoxTree* tree, BoxId box);
 

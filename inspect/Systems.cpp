@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "inspect/Misplaced.h"
 #include "inspect/SystemNames.h"
 #include "io/FourCC.h"
 #include "iso/ProtectionSystem.h"
@@ -40,6 +41,9 @@ bool InspectSystem(Findings* findings, BoxId box) {
       findings->Remark(box, findings->OffsetOf(box), "a \"pssh\" box ends before its data begins");
   }
   if (tree.At(box).PayloadSize() < kShortestHead) return true;
+  const std::uint64_t keys = system.keyIds.empty() ? 0 : 4 + 16 * system.keyIds.size();
+  if (CoversBoxOnTheWay(&tree, box, kShortestHead + keys + 4 + system.dataSize))
+    findings->Doubt(box, "a \"pssh\" box covers boxes of the movie");
   ReportSystem report{
       system.id, NameOfSystem(system.id), std::move(system.keyIds), system.dataSize, {}};
   if (IsKnown(systems, report)) return true;

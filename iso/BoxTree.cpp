@@ -19,7 +19,7 @@ constexpr int kDeepest = 48;
 /// Inflated movies in one tree; each is a space.
 constexpr std::size_t kMostSpaces = 64;
 constexpr std::size_t kMostProblems = 1000;
-/// Zeros behind the last child are believed to be padding after so many.
+/// Zeros behind the last child are believed to be padding after so many, with as many at the end.
 constexpr std::uint64_t kPaddingLookedAt = std::uint64_t{16} << 10;
 constexpr std::size_t kOrdinalsInWalk = 12;
 /// Types counted beside those; no movie has as many, and paths alone show them.
@@ -246,10 +246,13 @@ bool BoxTree::ReadHeader(BoxId parent, const Walk& walk, Box* box) {
 }
 
 bool BoxTree::RestIsZero(const Walk& walk) {
-  const std::uint64_t end = walk.at + std::min(walk.end - walk.at, kPaddingLookedAt);
-  const auto n = static_cast<std::size_t>(end - walk.at);
-  const unsigned char* bytes = View(walk.space, walk.at, n);
-  return bytes != nullptr && std::all_of(bytes, bytes + n, [](unsigned char b) { return b == 0; });
+  const auto n = static_cast<std::size_t>(std::min(walk.end - walk.at, kPaddingLookedAt));
+  const auto isZero = [&](std::uint64_t from) {
+    const unsigned char* bytes = View(walk.space, from, n);
+    return bytes != nullptr &&
+           std::all_of(bytes, bytes + n, [](unsigned char b) { return b == 0; });
+  };
+  return isZero(walk.at) && isZero(walk.end - n);
 }
 
 void BoxTree::EndWalk(BoxId parent, Walk* walk) {

@@ -113,6 +113,7 @@ ChildLayout ByType(BoxTree* tree, BoxId id) {
     case FourCC("clip"):
     case FourCC("matt"):
     case FourCC("paen"):
+    case FourCC("mpvd"):
       return Boxes();
     case FourCC("odrm"):
     case FourCC("odkm"):

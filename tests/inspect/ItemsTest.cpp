@@ -121,8 +121,27 @@ TEST(InspectItems, LocationsWithoutItemInformationAreNotClear) {
 }
 
 TEST(InspectItems, EncryptionParametersWithoutAProtectedItemAreNotClear) {
-  const Bytes properties = Box("iprp", Box("ipco", FullBox("ienc", 0, 0, Bytes().Fill(20))));
-  EXPECT_EQ(p::kUndetermined, p::VerdictOf(p::ImageFile(p::Iinf({p::Infe(1, 0)}) + properties)));
+  for (const char* type : {"ienc", "iaux", "ispe"}) {
+    const Bytes properties = Box("iprp", Box("ipco", FullBox(type, 0, 0, Bytes().Fill(20))));
+    EXPECT_EQ(std::string(type) == "ispe" ? p::kClear : p::kUndetermined,
+              p::VerdictOf(p::ImageFile(p::Iinf({p::Infe(1, 0)}) + properties)));
+  }
+}
+
+TEST(InspectItems, ItemInformationOfALaterVersionIsNotClear) {
+  for (const unsigned version : {0U, 1U, 2U}) {
+    const Bytes count = version == 0 ? Bytes().Be16(1) : Bytes().Be32(1);
+    EXPECT_EQ(version <= 1 ? p::kClear : p::kUndetermined,
+              p::VerdictOf(p::ImageFile(FullBox("iinf", version, 0, count + p::Infe(1, 0)))));
+    EXPECT_EQ(p::kProtected,
+              p::VerdictOf(p::ImageFile(FullBox("iinf", version, 0, count + p::Infe(1, 1)) +
+                                        p::Ipro({SchemeOnly()}))));
+  }
+}
+
+TEST(InspectItems, AHiddenItemCounts) {
+  const Bytes infe = FullBox("infe", 2, 1, Bytes().Be16(1).Be16(1).Text("hvc1").Byte(0));
+  EXPECT_EQ(p::kProtected, p::VerdictOf(p::ImageFile(p::Iinf({infe}) + p::Ipro({SchemeOnly()}))));
 }
 
 TEST(InspectItems, ItemsOfMovieAndTracksAreSeen) {
