@@ -37,8 +37,8 @@ void Findings::Protect(BoxId box, const Subject& subject, std::string text) {
   Support(box, subject, std::move(text));
 }
 
-void Findings::ProtectAt(std::string path, std::uint64_t offset, const Subject& subject,
-                         std::string text) {
+void Findings::ProtectAt(std::string path, std::optional<std::uint64_t> offset,
+                         const Subject& subject, std::string text) {
   protected_ = true;
   AddScheme(subject.scheme);
   AddEvidence({std::move(path), offset, subject.track, subject.item, subject.format, subject.scheme,

@@ -29,7 +29,8 @@ class Findings {
   /// Something is protected, and this box says so.
   void Protect(BoxId box, const Subject& subject, std::string text);
   /// The same where no box of the tree says it.
-  void ProtectAt(std::string path, std::uint64_t offset, const Subject& subject, std::string text);
+  void ProtectAt(std::string path, std::optional<std::uint64_t> offset, const Subject& subject,
+                 std::string text);
   /// Belongs to protection that another box says.
   void Support(BoxId box, const Subject& subject, std::string text);
   /// Protection could be where nobody could look.

@@ -7,6 +7,7 @@
 
 #include "inspect/FirstBytes.h"
 #include "inspect/Fragment.h"
+#include "inspect/Ipmp.h"
 #include "inspect/Items.h"
 #include "inspect/Misplaced.h"
 #include "inspect/Movie.h"
@@ -95,6 +96,7 @@ class Inspection {
     WalkTopLevel();
     for (const ObjectTrack& track : movie_.objectTracks)
       InspectObjectDescriptors(&findings_, track, &movie_);
+    ResolveIpmpPointers(&findings_, &movie_);
     signs_.Resolve(movie_);
     fragments_.Check(movie_);
     std::string treeReason = ReportTreeProblems(&findings_);

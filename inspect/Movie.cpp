@@ -1,5 +1,6 @@
 #include "inspect/Movie.h"
 
+#include "inspect/Ipmp.h"
 #include "inspect/Items.h"
 #include "inspect/Misplaced.h"
 #include "inspect/Signs.h"
@@ -48,7 +49,11 @@ class MovieInspection {
         LookAt(box);
         break;
       case FourCC("meta"):
+      case FourCC("meco"):
         InspectItems(findings_, box);
+        break;
+      case FourCC("iods"):
+        InspectInitialObjects(findings_, box, movie_);
         break;
       case FourCC("mvex"):
         movie_->hasFragments = true;
@@ -59,8 +64,10 @@ class MovieInspection {
           findings_->Doubt(box, "the movie header is longer than its fields");
         break;
       case FourCC("drm "):
+        findings_->Note("a vendor's rights box stands in the movie box");
+        break;
       case FourCC("ipmc"):
-        findings_->Note("a vendor's or IPMP rights box stands in the movie box");
+        InspectIpmpControl(findings_, box, movie_);
         break;
       default:
         if (!InspectSystem(findings_, box)) CheckUnknownBox(findings_, box);
@@ -91,7 +98,10 @@ class MovieInspection {
     for (BoxId data = tree_.Child(cmov, FourCC("cmvd")); data != kNoBox;
          data = tree_.NextOfType(data)) {
       for (BoxId moov = tree_.FirstChild(data); moov != kNoBox; moov = tree_.Next(moov)) {
-        if (tree_.At(moov).type != FourCC("moov")) continue;
+        if (tree_.At(moov).type != FourCC("moov")) {
+          CheckUnknownBox(findings_, moov);
+          continue;
+        }
         any = true;
         CheckInflatedSize(data, moov);
         LookAt(moov);

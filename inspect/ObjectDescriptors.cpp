@@ -1,11 +1,8 @@
 #include "inspect/ObjectDescriptors.h"
 
-#include <string_view>
-
+#include "inspect/Ipmp.h"
 #include "inspect/SampleLocations.h"
-#include "inspect/SchemeInfo.h"
 #include "io/FourCC.h"
-#include "io/MemorySource.h"
 #include "iso/Descriptor.h"
 
 namespace mp4 {
@@ -23,6 +20,7 @@ class ObjectInspection {
 
   void Run() {
     ReadTargets();
+    CheckPlace();
     if (track_.sampleTables.empty()) Doubt("the object descriptor track has no sample table");
     for (const BoxId table : track_.sampleTables) ReadSamples(table);
     for (const Target& target : targets_) Protect(target);
@@ -36,9 +34,7 @@ class ObjectInspection {
 
   void ReadSamples(BoxId table) {
     std::vector<SampleLocation> samples;
-    // Without samples here they come in fragments, if anywhere.
-    if (!LocateSamples(&tree_, table, kMostSamples, &samples) ||
-        (samples.empty() && movie_->hasFragments))
+    if (!LocateSamples(&tree_, table, kMostSamples, &samples))
       Doubt("the samples of the object descriptor track cannot be found");
     for (std::size_t i = 0; i < samples.size(); ++i) {
       bytes_ += samples[i].size;
@@ -47,6 +43,27 @@ class ObjectInspection {
         if (bytes_ > kMostBytes) break;
       }
     }
+  }
+
+  /// Samples in fragments and in other files are not read.
+  void CheckPlace() {
+    if (movie_->hasFragments) Doubt("fragments may hold samples of the object descriptor track");
+    for (const BoxId table : track_.sampleTables) {
+      if (IsElsewhere(tree_.At(table).parent))
+        Doubt("the samples of the object descriptor track are in another file");
+    }
+  }
+
+  /// DataEntryBox (ISO/IEC 14496-12, 8.7.2): without the flag its media is in another file.
+  bool IsElsewhere(BoxId minf) {
+    const BoxId dinf = tree_.Child(minf, FourCC("dinf"));
+    const BoxId dref = dinf != kNoBox ? tree_.Child(dinf, FourCC("dref")) : kNoBox;
+    if (dref == kNoBox) return false;
+    for (BoxId box = tree_.FirstChild(dref); box != kNoBox; box = tree_.Next(box)) {
+      constexpr unsigned kInThisFile = 1;
+      if ((tree_.Payload(box, 3, 1).U8() & kInThisFile) == 0) return true;
+    }
+    return false;
   }
 
   /// TrackReferenceTypeBox "mpod": the tracks that references of descriptors count in.
@@ -80,6 +97,7 @@ class ObjectInspection {
 
   bool ReadCommand(const Descriptor& command) {
     constexpr std::uint8_t kLastCommand = 8;
+    if (command.tag == kCommandEsUpdate) return ReadStreams(command.payload);
     if (command.tag != kCommandUpdate && command.tag != kCommandIpmpUpdate)
       return command.tag >= 1 && command.tag <= kLastCommand;
     FieldView fields = command.payload;
@@ -88,6 +106,18 @@ class ObjectInspection {
       Descriptor descriptor;
       if (!ReadDescriptor(&fields, &descriptor)) return false;
       whole = ReadPart(descriptor) && whole;
+    }
+    return whole;
+  }
+
+  /// ES_DescriptorUpdate: the id of an object, then streams by reference. Streams of their own
+  /// could point to protection.
+  static bool ReadStreams(FieldView fields) {
+    fields.Skip(2);
+    bool whole = fields.Ok();
+    while (fields.Left() > 0 && whole) {
+      Descriptor stream;
+      whole = ReadDescriptor(&fields, &stream) && stream.tag == kTagEsIdRef;
     }
     return whole;
   }
@@ -119,7 +149,8 @@ class ObjectInspection {
       if (!whole) break;
       if (part.tag == kTagEsIdRef) streams.push_back(TrackOf(part.payload.U16()));
       if (part.tag == kTagEsIdInc) streams.push_back(part.payload.U32());
-      if (part.tag == kTagIpmpPointer) pointers.push_back(ReadPointer(part.payload));
+      if (part.tag == kTagIpmpPointer) pointers.push_back(ReadIpmpId(part.payload));
+      if (part.tag == kTagIpmpDescriptor) ReadIpmp(part.payload);
       if (part.tag == kTagEs) Doubt("an object descriptor holds a stream of its own");
     }
     // Each pointer protects each stream; that every one of both is met says the same.
@@ -134,46 +165,15 @@ class ObjectInspection {
     return reference >= 1 && reference <= mpod_.size() ? mpod_[reference - 1] : 0;
   }
 
-  static std::uint32_t ReadPointer(FieldView fields) {
-    constexpr std::uint32_t kExtended = 0xFF;
-    const std::uint32_t id = fields.U8();
-    return id == kExtended ? kExtended << 16 | fields.U16() : id;
-  }
-
-  /// IPMP_Descriptor: its id, a type, and data in which a "sinf" may stand.
   void ReadIpmp(FieldView fields) {
-    FieldView start = fields;
-    const std::uint32_t id = ReadPointer(start);
-    const std::size_t n = fields.Left();
-    const unsigned char* bytes = fields.Bytes(n);
-    if (bytes == nullptr) return;
-    const std::string_view data(reinterpret_cast<const char*>(bytes), n);
-    const std::size_t type = data.find("sinf");
-    if (type == std::string_view::npos || type < 4) return;
-    ReadScheme(id, bytes + type - 4, n - (type - 4));
-  }
-
-  void ReadScheme(std::uint32_t id, const unsigned char* bytes, std::size_t n) {
-    MemorySource memory(bytes, n);
-    CachedSource source(&memory);
-    BoxTree boxes(&source);
-    const BoxId sinf = boxes.FirstChild(kRootBox);
-    if (sinf == kNoBox) return;
-    Subject subject;
-    subject.scheme = ReadSchemeInfo(&boxes, sinf).type;
-    const BoxId schm = boxes.Child(sinf, FourCC("schm"));
-    const BoxId says = schm != kNoBox ? schm : sinf;
-    const auto before = static_cast<std::uint64_t>(bytes - sample_->data());
-    schemes_[id] = subject.scheme;
-    findings_->ProtectAt(path_ + "/" + boxes.Path(says),
-                         sampleOffset_ + before + boxes.At(says).offset, subject,
-                         "An IPMP descriptor with protection scheme information.");
+    InspectIpmpDescriptor(findings_, fields, {track_.trak, path_, sample_->data(), sampleOffset_},
+                          movie_);
   }
 
   void Protect(const Target& target) {
     Subject subject;
-    const auto scheme = schemes_.find(target.pointer);
-    if (scheme != schemes_.end()) subject.scheme = scheme->second;
+    const auto scheme = movie_->ipmpSchemes.find(target.pointer);
+    if (scheme != movie_->ipmpSchemes.end()) subject.scheme = scheme->second;
     const auto facts = movie_->tracks.find(target.track);
     if (facts == movie_->tracks.end()) {
       findings_->Protect(track_.trak, subject,
@@ -201,8 +201,7 @@ class ObjectInspection {
   MovieFacts* movie_;
   std::vector<std::uint32_t> mpod_;
   std::vector<Target> targets_;
-  std::map<std::uint32_t, std::string> schemes_;  ///< by number of the IPMP descriptor
-  std::uint64_t bytes_ = 0;                       ///< of all samples so far
+  std::uint64_t bytes_ = 0;  ///< of all samples so far
   std::string path_;
   const std::vector<unsigned char>* sample_ = nullptr;
   std::uint64_t sampleOffset_ = 0;

@@ -1,10 +1,11 @@
 #include "inspect/SampleEntries.h"
 
 #include <algorithm>
-#include <array>
-#include <string_view>
 
+#include "inspect/HiddenSchemes.h"
+#include "inspect/Ipmp.h"
 #include "inspect/Misplaced.h"
+#include "inspect/ProtectedFormats.h"
 #include "inspect/SchemeInfo.h"
 #include "io/FourCC.h"
 #include "iso/TypeText.h"
@@ -16,54 +17,11 @@ namespace {
 /// Entries kept in a report; all are looked at.
 constexpr std::size_t kMostEntries = 1000;
 
-enum class FormatKind { kOther, kProtected, kAudible, kReserved, kRestricted, kIncomplete };
-
-FormatKind KindOf(std::uint32_t format) {
-  switch (format) {
-    case FourCC("encv"):
-    case FourCC("enca"):
-    case FourCC("enct"):
-    case FourCC("encs"):
-    case FourCC("encf"):
-    case FourCC("encm"):
-    case FourCC("enc3"):
-    case FourCC("drms"):
-    case FourCC("drmi"):
-    case FourCC("drmt"):
-    case FourCC("p608"):
-      return FormatKind::kProtected;
-    case FourCC("aavd"):
-      return FormatKind::kAudible;
-    case FourCC("paac"):
-    case FourCC("pac3"):
-    case FourCC("pm2t"):
-    case FourCC("prtp"):
-    case FourCC("oksd"):
-      return FormatKind::kReserved;
-    case FourCC("resv"):
-    case FourCC("resa"):
-    case FourCC("rest"):
-    case FourCC("resu"):
-    case FourCC("resm"):
-    case FourCC("ress"):
-    case FourCC("resf"):
-    case FourCC("resp"):
-    case FourCC("res3"):
-      return FormatKind::kRestricted;
-    case FourCC("icpv"):
-      return FormatKind::kIncomplete;
-    default:
-      // "enc" and one more letter are reserved for encrypted media of further kinds.
-      return (format & 0xFFFFFF) == (FourCC("enc ") & 0xFFFFFF) ? FormatKind::kReserved
-                                                                : FormatKind::kOther;
-  }
-}
-
 /// One entry while it is looked at.
 class EntryInspection {
  public:
-  EntryInspection(Findings* findings, BoxId entry, const ReportTrack& track)
-      : findings_(findings), tree_(findings->Tree()), entry_(entry) {
+  EntryInspection(Findings* findings, BoxId entry, const ReportTrack& track, MovieFacts* movie)
+      : findings_(findings), tree_(findings->Tree()), movie_(movie), entry_(entry) {
     report_.format = TypeText(tree_.At(entry).type);
     subject_.track = track.id;
     subject_.format = report_.format;
@@ -71,7 +29,19 @@ class EntryInspection {
 
   ReportEntry Run() {
     LookAtChildren(entry_);
-    switch (KindOf(tree_.At(entry_).type)) {
+    LookAtFormat();
+    if (!report_.schemes.empty() && !report_.isProtected) ProtectBySchemeInfo();
+    for (std::size_t i = 0; i < sinfs_.size(); ++i)
+      ReportSchemeInfo(findings_, sinfs_[i], report_.schemes[i], subject_);
+    if (!report_.isProtected) LookForHiddenSchemes();
+    return std::move(report_);
+  }
+  /// Whether its samples are object descriptors.
+  bool IsOfObjects() const { return isOfObjects_; }
+
+ private:
+  void LookAtFormat() {
+    switch (KindOfFormat(tree_.At(entry_).type)) {
       case FormatKind::kProtected:
         ProtectByFormat();
         break;
@@ -82,19 +52,22 @@ class EntryInspection {
       case FormatKind::kReserved:
         DoubtUnlessProtected("a format for protected media without a \"sinf\" box");
         break;
+      case FormatKind::kReceived:
+        DoubtUnlessProtected("packets that were encrypted for the way to where they were recorded");
+        break;
+      case FormatKind::kSent:
+        findings_->Note("track " + std::to_string(*subject_.track) +
+                        ": packets are encrypted when they are sent, which protects no media here");
+        break;
       case FormatKind::kRestricted:
       case FormatKind::kIncomplete:
       case FormatKind::kOther:
         break;
     }
-    if (!report_.schemes.empty() && !report_.isProtected) ProtectBySchemeInfo();
-    for (std::size_t i = 0; i < sinfs_.size(); ++i)
-      ReportSchemeInfo(findings_, sinfs_[i], report_.schemes[i], subject_);
-    if (!report_.isProtected) LookForHiddenSchemes();
-    return std::move(report_);
+    if (hasAdrm_ && !report_.isProtected)
+      DoubtUnlessProtected("an Audible box in an entry of another format");
   }
 
- private:
   void LookAtChildren(BoxId parent) {
     for (BoxId box = tree_.FirstChild(parent); box != kNoBox; box = tree_.Next(box)) {
       switch (tree_.At(box).type) {
@@ -113,14 +86,37 @@ class EntryInspection {
         case FourCC("frma"):
           LookAtWrappedFormat(box);
           break;
-        case FourCC("pinf"):  // purchase information of iTunes, laid out like a "sinf"
+        case FourCC("esds"):
+          LookAtStream(box);
+          break;
         case FourCC("cinf"):  // the format of an incomplete track
+          LookAtIncomplete(box);
+          break;
+        case FourCC("pinf"):  // purchase information of iTunes, laid out like a "sinf"
+          hasLikeness_ = true;
+          break;
+        case FourCC("srpp"):  // how the packets of a hint track are encrypted when they are sent
+          hasLikeness_ = true;
+          if (KindOfFormat(tree_.At(entry_).type) != FormatKind::kSent) stray_ = box;
           break;
         default:
           if (LooksLikeSchemeInfo(&tree_, box)) hiding_ = box;
+          if (IsPartOfScheme(&tree_, box)) stray_ = box;
           break;
       }
     }
+  }
+
+  void LookAtStream(BoxId esds) {
+    constexpr std::uint8_t kObjects = 1, kIpmp = 7;
+    const std::uint8_t type = InspectElementaryStream(findings_, esds, subject_, movie_);
+    isOfObjects_ = isOfObjects_ || type == kObjects;
+    if (type == kIpmp) findings_->Doubt(esds, "a stream of IPMP messages");
+  }
+
+  void LookAtIncomplete(BoxId cinf) {
+    const BoxId frma = tree_.Child(cinf, FourCC("frma"));
+    if (frma != kNoBox) LookAtWrappedFormat(frma);
   }
 
   void AddScheme(BoxId sinf) {
@@ -135,17 +131,19 @@ class EntryInspection {
   void AddRestriction(BoxId rinf) {
     const ReportScheme scheme = ReadSchemeInfo(&tree_, rinf);
     if (report_.originalFormat.empty()) report_.originalFormat = scheme.originalFormat;
+    hasLikeness_ = true;
+    const BoxId frma = tree_.Child(rinf, FourCC("frma"));
+    if (frma != kNoBox) LookAtWrappedFormat(frma);
     findings_->Note("track " + std::to_string(*subject_.track) + ": entry \"" + report_.format +
                     "\" is restricted by scheme \"" + scheme.type + "\", which is no protection");
     for (BoxId box = tree_.Child(rinf, FourCC("sinf")); box != kNoBox; box = tree_.NextOfType(box))
       AddScheme(box);
   }
 
-  /// The format that a QuickTime "wave" repeats.
+  /// The format that a QuickTime "wave" repeats, or that lies under a restriction.
   void LookAtWrappedFormat(BoxId frma) {
     FieldView fields = tree_.Payload(frma, 0, 4);
-    const FormatKind kind = KindOf(fields.Type());
-    if (kind == FormatKind::kProtected || kind == FormatKind::kAudible) wrapsProtected_ = true;
+    if (IsForProtectedMedia(KindOfFormat(fields.Type()))) wrapping_ = tree_.At(frma).parent;
   }
 
   void ProtectByFormat() {
@@ -176,48 +174,51 @@ class EntryInspection {
   void LookForHiddenSchemes() {
     if (IsOnTheWay(tree_.At(entry_).type))
       findings_->Doubt(entry_, "a box that is none stands among the sample entries");
-    if (wrapsProtected_) findings_->Doubt(entry_, "a \"wave\" box names a protected format");
+    if (wrapping_ != kNoBox)
+      findings_->Doubt(wrapping_, "a box names a format for protected media");
     if (hiding_ != kNoBox) findings_->Doubt(hiding_, "an unknown box is laid out like a \"sinf\"");
-    constexpr std::size_t kStep = std::size_t{16} << 10;
-    const std::uint64_t size = tree_.At(entry_).PayloadSize();
-    for (std::uint64_t at = 0; at < size; at += kStep) {
-      FieldView bytes = tree_.Payload(entry_, at, kStep + 3);
-      const std::size_t n = bytes.Left();
-      if (n == 0) return;
-      const std::string_view text(reinterpret_cast<const char*>(bytes.Bytes(n)), n);
-      for (const std::string_view type : {"sinf", "tenc"}) {
-        if (text.find(type) == std::string_view::npos) continue;
-        findings_->Doubt(entry_, "a sample entry has the characters \"" + std::string(type) +
-                                     "\" where no box can be reached");
-        return;
-      }
-    }
+    if (stray_ != kNoBox)
+      findings_->Doubt(stray_, "a part of a protection scheme stands outside a \"sinf\" box");
+    const std::string hidden = FindHiddenScheme(&tree_, entry_, hasLikeness_);
+    if (!hidden.empty())
+      findings_->Doubt(entry_, "a sample entry has the characters \"" + hidden +
+                                   "\" where no box can be reached");
   }
 
   Findings* findings_;
   BoxTree& tree_;
+  MovieFacts* movie_;
   BoxId entry_;
   Subject subject_;
   ReportEntry report_;
   std::vector<BoxId> sinfs_;
   bool hasAdrm_ = false;
-  BoxId hiding_ = kNoBox;  ///< a child that may be a broken "sinf"
-  bool wrapsProtected_ = false;
+  bool isOfObjects_ = false;
+  bool hasLikeness_ = false;  ///< boxes laid out like a scheme that are none
+  BoxId hiding_ = kNoBox;     ///< a child that may be a broken "sinf"
+  BoxId stray_ = kNoBox;      ///< a child that belongs into one
+  BoxId wrapping_ = kNoBox;   ///< a child that names a format for protected media
 };
 
 }  // namespace
 
-std::uint64_t InspectSampleEntries(Findings* findings, BoxId stsd, ReportTrack* track) {
+EntriesSeen InspectSampleEntries(Findings* findings, BoxId stsd, ReportTrack* track,
+                                 MovieFacts* movie) {
   BoxTree& tree = findings->Tree();
-  std::uint64_t count = 0;
+  EntriesSeen seen;
+  constexpr std::uint8_t kLastVersion = 1;
+  if (tree.Payload(stsd, 0, 1).U8() > kLastVersion)
+    findings->Doubt(stsd, "the sample description is of an unknown version");
   for (BoxId entry = tree.FirstChild(stsd); entry != kNoBox; entry = tree.Next(entry)) {
-    ++count;
-    ReportEntry report = EntryInspection(findings, entry, *track).Run();
+    ++seen.count;
+    EntryInspection inspection(findings, entry, *track, movie);
+    ReportEntry report = inspection.Run();
+    seen.anyOfObjects = seen.anyOfObjects || inspection.IsOfObjects();
     track->isProtected = track->isProtected || report.isProtected;
     if (track->entries.size() < kMostEntries) track->entries.push_back(std::move(report));
   }
-  if (count == 0) findings->Doubt(stsd, "the sample description holds no entry");
-  return count;
+  if (seen.count == 0) findings->Doubt(stsd, "the sample description holds no entry");
+  return seen;
 }
 
 }  // namespace mp4

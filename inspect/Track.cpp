@@ -6,6 +6,7 @@
 #include "inspect/Misplaced.h"
 #include "inspect/SampleEntries.h"
 #include "inspect/Signs.h"
+#include "inspect/Systems.h"
 #include "io/FourCC.h"
 #include "iso/TypeText.h"
 
@@ -39,6 +40,7 @@ class TrackInspection {
           LookAtMedia(box);
           break;
         case FourCC("meta"):
+        case FourCC("meco"):
           InspectItems(findings_, box);
           break;
         case FourCC("tref"):
@@ -61,6 +63,7 @@ class TrackInspection {
       const std::uint32_t type = fields.Type();
       if (fields.Ok()) track_.handler = TypeText(type);
       hasObjects_ = hasObjects_ || type == FourCC("odsm");
+      if (type == FourCC("ipsm")) findings_->Doubt(handler, "a track of IPMP messages");
     }
     bool any = false;
     for (BoxId box = tree_.FirstChild(mdia); box != kNoBox; box = tree_.Next(box)) {
@@ -96,13 +99,16 @@ class TrackInspection {
         continue;
       }
       any = true;
-      entries_ += InspectSampleEntries(findings_, box, &track_);
+      const EntriesSeen seen = InspectSampleEntries(findings_, box, &track_, movie_);
+      entries_ += seen.count;
+      hasObjects_ = hasObjects_ || seen.anyOfObjects;
     }
     if (!any) DoubtMissing(stbl, "stsd");
   }
 
   void LookAtOther(BoxId box) {
-    if (!signs_->Collect(box, track_.id)) CheckUnknownBox(findings_, box);
+    if (!signs_->Collect(box, track_.id) && !InspectSystem(findings_, box))
+      CheckUnknownBox(findings_, box);
   }
 
   void DoubtMissing(BoxId parent, const char* type) {
@@ -111,8 +117,11 @@ class TrackInspection {
   }
 
   void Publish(BoxId trak) {
-    if (hasObjects_ && movie_->objectTracks.size() < kMostTracks)
+    if (hasObjects_ && movie_->objectTracks.size() >= kMostTracks) {
+      findings_->Doubt(trak, "there are more object descriptor tracks than the limit");
+    } else if (hasObjects_) {
       movie_->objectTracks.push_back({trak, std::move(sampleTables_)});
+    }
     TrackFacts& facts = movie_->tracks[track_.id];
     facts.entries = std::max(facts.entries, entries_);
     facts.isProtected = facts.isProtected || track_.isProtected;

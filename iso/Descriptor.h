@@ -19,6 +19,7 @@ enum DescriptorTag : std::uint8_t {
   kTagFileObjectDescriptor = 0x11,
   kTagIpmpTools = 0x60,
   kCommandUpdate = 0x01,
+  kCommandEsUpdate = 0x03,
   kCommandIpmpUpdate = 0x05,
 };
 

@@ -60,6 +60,12 @@ std::vector<Case> Cases() {
   add("fragments", p::FragmentedMovie(p::ProtectedVideo()) + p::Fragment(p::Senc()));
   add("segment", p::SegmentType() + p::Fragment(p::Senc() + p::Seig()));
   add("objects", p::ObjectMovie(p::ObjectSample(1, "ACBC")));
+  // An IPMP descriptor of unknown kind in the movie box, and a stream that points to it.
+  const Bytes pointing =
+      FullBox("esds", 0, 0, p::Descriptor(3, Bytes{0, 1, 0} + p::Descriptor(0x0A, {7})));
+  const Bytes control =
+      FullBox("ipmc", 0, 0, p::Descriptor(0x60, {}) + Bytes{1} + p::Descriptor(0x0B, {7, 0, 1}));
+  add("pointer", p::Movie(p::Trak(1, "soun", {p::AudioEntry("mp4a", pointing)}) + control));
   add("OMA", p::OmaFile(1));
   add("item", p::ImageFile(p::Iinf({p::Infe(1, 1), p::Infe(2, 0)}) +
                            p::Ipro({Box("sinf", p::Schm("cenc"))})));
@@ -68,6 +74,14 @@ std::vector<Case> Cases() {
       p::ImageFile(p::Iinf({p::Infe(1, 0, "grid"), p::Infe(2, 1)}) +
                    p::Ipro({Box("sinf", p::Schm("cenc"))}) + p::Iref(p::Dimg(1, {2}))));
   cases.back().removed = {{BoxAt(cases.back().file, "infe", 2) + 15, 1, "no protection index"}};
+  add("further metadata", p::Movie(p::VideoTrak() + Box("meco", p::Meta(p::Iinf({p::Infe(1, 1)}) +
+                                                                        p::Ipro({Box("sinf")})))));
+  cases.back().removed = {{BoxAt(cases.back().file, "infe") + 15, 1, "no protection index"}};
+  const Bytes image = p::ImageFile(p::Iinf({p::Infe(1, 0)}));
+  add("motion photo", image + Box("mpvd", p::ProtectedMovie()));
+  cases.back().removed = {{image.size() - media, 4, "media data covers the movie"}};
+  cases.back().cutAfter = image.size() - media;
+  cases.back().cutBefore = image.size() + 8;
   add("format alone", p::MovieOf(p::VideoEntry("drmi", p::Avcc())));
   cases.back().removed = {{BoxAt(cases.back().file, "drmi") + 4, 4, "another format"}};
   return cases;

@@ -271,15 +271,15 @@ inline Bytes ObjectSample(unsigned pointing, const char* scheme) {
 }
 /// A movie of two clear tracks (1: video, 2: audio) and a track of object descriptors (3).
 inline Bytes ObjectMovie(const Bytes& sample, const char* handler = "odsm",
-                         const Bytes& tref = Box("tref", Box("mpod", Bytes().Be32(1).Be32(2)))) {
+                         const Bytes& tref = Box("tref", Box("mpod", Bytes().Be32(1).Be32(2))),
+                         const Bytes& entry = PlainEntry("mp4s")) {
   const Bytes head = FileType();
   const auto at = static_cast<std::uint32_t>(head.size() + 8);
   const auto size = static_cast<std::uint32_t>(sample.size());
   const Bytes tables = FullBox("stsc", 0, 0, Bytes().Be32(1).Be32(1).Be32(1).Be32(1)) +
                        FullBox("stsz", 0, 0, Bytes().Be32(0).Be32(1).Be32(size)) +
                        FullBox("stco", 0, 0, Bytes().Be32(1).Be32(at));
-  const Bytes trak =
-      Box("trak", Tkhd(3) + tref + Mdia(handler, Stsd({PlainEntry("mp4s")}) + tables));
+  const Bytes trak = Box("trak", Tkhd(3) + tref + Mdia(handler, Stsd({entry}) + tables));
   return head + Box("mdat", sample) + Moov(VideoTrak() + AudioTrak() + trak);
 }
 
