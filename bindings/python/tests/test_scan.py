@@ -205,7 +205,7 @@ def test_names_need_not_be_utf8(tmp_path: pathlib.Path) -> None:
 
 def test_the_program_of_the_guide_runs(folder: pathlib.Path) -> None:
     root = pathlib.Path(__file__).parents[3]
-    (program,) = re.findall(r"```python\n(.*?)```", (root / "docs" / "scale.md").read_text(), re.S)
+    (program,) = re.findall(r"```python needs distributed\n(.*?)```", (root / "docs" / "scale.md").read_text(), re.S)
     folder.rename(folder.parent / "FOLDER")
     # Of this machine's cores one does; starting the others is what costs.
     (folder.parent / "guide.py").write_text(program)
