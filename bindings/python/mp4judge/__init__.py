@@ -7,6 +7,7 @@
     'moov/trak[1]/mdia/minf/stbl/stsd/encv[1]/sinf/schm'
 """
 
+from ._chart import Chart, chart
 from ._inspect import inspect, judge
 from ._library import version
 from ._movie import Columns, Edit, Error, Movie, MovieTrack, Sample, Samples
@@ -31,6 +32,7 @@ __version__ = version()
 
 __all__ = [
     "Box",
+    "Chart",
     "Columns",
     "Edit",
     "Entry",
@@ -51,6 +53,7 @@ __all__ = [
     "Track",
     "Tree",
     "Verdict",
+    "chart",
     "info",
     "inspect",
     "judge",

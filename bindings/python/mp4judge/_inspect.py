@@ -48,7 +48,12 @@ def inspect(
         text = library.mp4judge_report_json(report)
         if text is None:
             raise MemoryError
-        return Report.from_dict(json.loads(text))
+        made = Report.from_dict(json.loads(text))
+    path = path_of(source)
+    if path is not None:
+        # A notebook that shows the report looks at the file again, for the chart.
+        object.__setattr__(made, "_place", (os.path.abspath(path), everything))
+    return made
 
 
 @contextmanager

@@ -186,6 +186,9 @@ class Report(Part):
         "items": Item,
     }
 
+    #: Where the file is, and whether everything was looked at; None for what is no path.
+    _place: ClassVar[Optional[tuple[bytes, bool]]] = None
+
     def __str__(self) -> str:
         """The verdict with what it rests on, as the command words it."""
         if self.verdict == "undetermined":

@@ -115,17 +115,17 @@ def tree(
     options = TreeOptions(
         sizeof(TreeOptions), depth, path.encode() if path is not None else None, most_boxes, 0
     )
-    return Tree.from_dict(_ask(source, library.mp4judge_tree_json, byref(options)))
+    return Tree.from_dict(ask(source, library.mp4judge_tree_json, byref(options)))
 
 
 def info(source: Source) -> dict[str, Any]:
     """The movie in words and numbers: brands, tracks with codecs, times and sizes, metadata,
     chapters, fragments; the members of `mp4judge info --json`. Takes and raises what `tree` does."""
-    members: dict[str, Any] = _ask(source, library.mp4judge_info_json, 0)
+    members: dict[str, Any] = ask(source, library.mp4judge_info_json, 0)
     return members
 
 
-def _ask(source: Source, question: Any, *more: object) -> Any:
+def ask(source: Source, question: Any, *more: object) -> Any:
     """What the library tells as JSON of a file that is looked at."""
     with ExitStack() as stack:
         handle, reader = call_with(stack, source, "mp4judge_tree_open")
