@@ -9,8 +9,8 @@ build_needs=(c++:g++ cmake:cmake ninja:ninja-build -:zlib1g-dev -:libcli11-dev
   -:libsqlite3-dev -:libseccomp-dev -:nlohmann-json3-dev)
 test_needs=("${build_needs[@]}" cc:gcc nm:binutils clang-format:clang-format -:libgtest-dev
   valgrind:valgrind)
-# Without these a part of the tests is left out.
-useful_in_tests=(pkg-config:pkg-config abidiff:abigail-tools clang++:clang python3:python3
+# Without these a part of the tests is left out; without ccache they take longer.
+useful_in_tests=(ccache:ccache pkg-config:pkg-config abidiff:abigail-tools clang++:clang python3:python3
   doxygen:doxygen sphinx-build:python3-sphinx parallel:parallel
   pytest-3:python3-pytest -:python3-numpy -:python3-pandas mypy:mypy
   -:python3-dask -:python3-distributed -:python3-fsspec -:python3-aiohttp -:python3-requests)
@@ -122,6 +122,16 @@ building() {
   step=$(tail -c 4000 "$log" 2>/dev/null | grep -oE '^\[[0-9]+/[0-9]+\]' | tail -1)
   [[ -z $step ]] || step=${step/\// of }
   echo "building \"$preset\" ${step//[][]/}"
+}
+
+# What the tests build once more, in a copy of the project and with the same options, is compiled once.
+# Whoever has set a launcher has a cache of his own.
+share_objects() {
+  command -v ccache >/dev/null && [[ -z ${CMAKE_CXX_COMPILER_LAUNCHER:-} ]] || return 0
+  export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
+  export CCACHE_DIR=$root/build/ccache CCACHE_MAXSIZE=500M CCACHE_BASEDIR=$root CCACHE_NOHASHDIR=1
+  # Warnings that are errors change no object, and the compiler's list of headers saves a pass.
+  export CCACHE_IGNOREOPTIONS=-Werror CCACHE_DEPEND=1
 }
 
 # One build at a time in this project, whoever started it. Held until the shell ends or execs.
