@@ -4,14 +4,14 @@
 #include <optional>
 #include <vector>
 
+#include "inspect/Words.h"
+
 namespace mp4 {
 
 namespace {
 
 /// Causes that are named.
 constexpr std::size_t kMostCauses = 8;
-
-std::string Quoted(const std::string& text) { return '"' + text + '"'; }
 
 std::string OrdinalText(std::size_t n) {
   constexpr const char* kWords[] = {"first", "second", "third", "fourth"};

@@ -12,8 +12,6 @@ namespace {
 /// Files below this size the host does not read.
 constexpr std::uint64_t kSmallestForHost = 20;
 
-std::string Quoted(const std::string& text) { return '"' + text + '"'; }
-
 /// A cause in words, for a box without which the host answers otherwise.
 std::string CauseOf(BoxTree* tree, BoxId id) {
   const Box box = tree->At(id);

@@ -284,7 +284,7 @@ void ElementaryStream(FieldReader* f) {
   }
 }
 
-constexpr FieldParserRow kParsers[] = {
+constexpr FieldParserRow kCodecParsers[] = {
     {FourCC("avcC"), AvcConfiguration},
     {FourCC("hvcC"), HevcConfiguration},
     {FourCC("vvcC"), VvcConfiguration},
@@ -309,6 +309,6 @@ constexpr FieldParserRow kParsers[] = {
 
 }  // namespace
 
-FieldParser CodecFieldParser(std::uint32_t type) { return FindParser(kParsers, type); }
+FieldParser CodecFieldParser(std::uint32_t type) { return FindParser(kCodecParsers, type); }
 
 }  // namespace mp4

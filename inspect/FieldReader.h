@@ -103,6 +103,8 @@ void SampleEntryFields(FieldReader* fields);
 void UserDataTextFields(FieldReader* fields);
 /// A "uuid" box.
 void UserTypeFields(FieldReader* fields);
+/// A full box whose version and flags are all there is to show.
+inline void FullHeaderOnly(FieldReader* fields) { fields->Full(); }
 
 template <std::size_t n>
 FieldParser FindParser(const FieldParserRow (&rows)[n], std::uint32_t type) {

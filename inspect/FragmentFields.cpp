@@ -5,8 +5,6 @@ namespace mp4 {
 
 namespace {
 
-std::string Number(std::uint64_t number) { return std::to_string(number); }
-
 void ExtendsHeader(FieldReader* f) {
   f->Full();
   f->ByVersion("fragmentDuration");
@@ -56,9 +54,9 @@ void FragmentRun(FieldReader* f) {
     const auto add = [&](const char* name, const std::string& value) {
       text += (text.empty() ? "" : ", ") + (name + (" " + value));
     };
-    if ((flags & 0x100) != 0) add("duration", Number(v->U32()));
-    if ((flags & 0x200) != 0) add("size", Number(v->U32()));
-    if ((flags & 0x400) != 0) add("flags", Number(v->U32()));
+    if ((flags & 0x100) != 0) add("duration", std::to_string(v->U32()));
+    if ((flags & 0x200) != 0) add("size", std::to_string(v->U32()));
+    if ((flags & 0x400) != 0) add("flags", std::to_string(v->U32()));
     if ((flags & 0x800) != 0) add("offset", std::to_string(v->S32()));
     return text;
   });
@@ -77,7 +75,7 @@ void SegmentIndex(FieldReader* f) {
   f->Rows("references", count, [](FieldView* v) {
     const std::uint32_t size = v->U32(), duration = v->U32();
     const bool startsWithSync = v->U32() >> 31 != 0;
-    return Number(size & 0x7FFFFFFF) + " bytes, duration " + Number(duration) +
+    return std::to_string(size & 0x7FFFFFFF) + " bytes, duration " + std::to_string(duration) +
            (size >> 31 != 0 ? ", an index" : "") + (startsWithSync ? ", starts with a sync" : "");
   });
 }
@@ -99,7 +97,7 @@ void RandomAccess(FieldReader* f) {
     const std::uint64_t time = wide ? v->U64() : v->U32();
     const std::uint64_t offset = wide ? v->U64() : v->U32();
     v->Skip(rest);
-    return "time " + Number(time) + " at " + Number(offset);
+    return "time " + std::to_string(time) + " at " + std::to_string(offset);
   });
 }
 
@@ -135,7 +133,7 @@ void ReferenceTime(FieldReader* f) {
   f->ByVersion("mediaTime");
 }
 
-constexpr FieldParserRow kParsers[] = {
+constexpr FieldParserRow kFragmentParsers[] = {
     {FourCC("mehd"), ExtendsHeader},  {FourCC("trex"), TrackExtends},
     {FourCC("mfhd"), FragmentHeader}, {FourCC("tfhd"), TrackFragmentHeader},
     {FourCC("tfdt"), DecodeTime},     {FourCC("trun"), FragmentRun},
@@ -146,6 +144,6 @@ constexpr FieldParserRow kParsers[] = {
 
 }  // namespace
 
-FieldParser FragmentFieldParser(std::uint32_t type) { return FindParser(kParsers, type); }
+FieldParser FragmentFieldParser(std::uint32_t type) { return FindParser(kFragmentParsers, type); }
 
 }  // namespace mp4

@@ -5,8 +5,6 @@ namespace mp4 {
 
 namespace {
 
-std::string Number(std::uint64_t number) { return std::to_string(number); }
-
 void PrimaryItem(FieldReader* f) {
   f->Full();
   f->Version() == 0 ? f->U16("itemId") : f->U32("itemId");
@@ -42,8 +40,8 @@ void ItemLocations(FieldReader* f) {
   const std::uint32_t count = f->Version() < 2 ? f->U16("itemCount") : f->U32("itemCount");
   f->Rows("items", count, [&](FieldView* v) {
     const std::uint32_t id = f->Version() < 2 ? v->U16() : v->U32();
-    std::string text = "item " + Number(id);
-    if (f->Version() > 0) text += ", method " + Number(v->U16() & 15);
+    std::string text = "item " + std::to_string(id);
+    if (f->Version() > 0) text += ", method " + std::to_string(v->U16() & 15);
     v->Skip(2);
     const std::uint64_t from = Sized(v, base);
     const std::uint16_t extents = v->U16();
@@ -51,7 +49,7 @@ void ItemLocations(FieldReader* f) {
       Sized(v, index);
       const std::uint64_t at = from + Sized(v, offset);
       const std::uint64_t size = Sized(v, length);
-      if (i < kShownRows) text += ", " + Number(size) + " bytes at " + Number(at);
+      if (i < kShownRows) text += ", " + std::to_string(size) + " bytes at " + std::to_string(at);
       // Extents of no width at all take no bytes; there is nothing to read on for.
       if (index + offset + length == 0) break;
     }
@@ -66,7 +64,8 @@ void ItemReference(FieldReader* f) {
   *f->View() = f->Tree()->Payload(f->Id());
   wide ? f->U32("fromItemId") : f->U16("fromItemId");
   const std::uint16_t count = f->U16("referenceCount");
-  f->Rows("toItemIds", count, [wide](FieldView* v) { return Number(wide ? v->U32() : v->U16()); });
+  f->Rows("toItemIds", count,
+          [wide](FieldView* v) { return std::to_string(wide ? v->U32() : v->U16()); });
 }
 
 void SpatialExtents(FieldReader* f) {
@@ -78,7 +77,7 @@ void SpatialExtents(FieldReader* f) {
 void PixelInformation(FieldReader* f) {
   f->Full();
   const std::uint8_t channels = f->U8("channelCount");
-  f->Rows("bitsPerChannel", channels, [](FieldView* v) { return Number(v->U8()); });
+  f->Rows("bitsPerChannel", channels, [](FieldView* v) { return std::to_string(v->U8()); });
 }
 
 void Rotation(FieldReader* f) {
@@ -97,7 +96,7 @@ void Associations(FieldReader* f) {
   f->U32("entryCount");
 }
 
-constexpr FieldParserRow kParsers[] = {
+constexpr FieldParserRow kItemParsers[] = {
     {FourCC("pitm"), PrimaryItem},      {FourCC("iinf"), ItemInformation},
     {FourCC("infe"), ItemEntry},        {FourCC("iloc"), ItemLocations},
     {FourCC("iref"), ItemReference},    {FourCC("ispe"), SpatialExtents},
@@ -108,6 +107,6 @@ constexpr FieldParserRow kParsers[] = {
 
 }  // namespace
 
-FieldParser ItemFieldParser(std::uint32_t type) { return FindParser(kParsers, type); }
+FieldParser ItemFieldParser(std::uint32_t type) { return FindParser(kItemParsers, type); }
 
 }  // namespace mp4

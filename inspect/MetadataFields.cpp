@@ -89,7 +89,7 @@ void TrackKind(FieldReader* f) {
   f->Text("value");
 }
 
-constexpr FieldParserRow kParsers[] = {
+constexpr FieldParserRow kMetadataParsers[] = {
     {FourCC("data"), Value},     {FourCC("mean"), NameSpace}, {FourCC("name"), Name},
     {FourCC("keys"), Keys},      {FourCC("chpl"), Chapters},  {FourCC("cprt"), CopyrightNotice},
     {FourCC("kind"), TrackKind},
@@ -97,7 +97,7 @@ constexpr FieldParserRow kParsers[] = {
 
 }  // namespace
 
-FieldParser MetadataFieldParser(std::uint32_t type) { return FindParser(kParsers, type); }
+FieldParser MetadataFieldParser(std::uint32_t type) { return FindParser(kMetadataParsers, type); }
 
 void UserDataTextFields(FieldReader* f) {
   const std::size_t length = f->U16("length");

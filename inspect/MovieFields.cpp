@@ -89,8 +89,6 @@ void SoundHeader(FieldReader* f) {
   f->Fixed16("balance");
 }
 
-void FullOnly(FieldReader* f) { f->Full(); }
-
 void CountOnly(FieldReader* f) {
   f->Full();
   f->U32("entryCount");
@@ -134,13 +132,13 @@ void ApertureSize(FieldReader* f) {
   f->Fixed32("height");
 }
 
-constexpr FieldParserRow kParsers[] = {
+constexpr FieldParserRow kMovieParsers[] = {
     {FourCC("ftyp"), FileType},          {FourCC("styp"), FileType},
     {FourCC("mvhd"), MovieHeader},       {FourCC("tkhd"), TrackHeader},
     {FourCC("mdhd"), MediaHeader},       {FourCC("hdlr"), Handler},
     {FourCC("elst"), EditList},          {FourCC("vmhd"), VideoHeader},
-    {FourCC("smhd"), SoundHeader},       {FourCC("nmhd"), FullOnly},
-    {FourCC("sthd"), FullOnly},          {FourCC("dref"), CountOnly},
+    {FourCC("smhd"), SoundHeader},       {FourCC("nmhd"), FullHeaderOnly},
+    {FourCC("sthd"), FullHeaderOnly},    {FourCC("dref"), CountOnly},
     {FourCC("stsd"), CountOnly},         {FourCC("url "), DataEntryUrl},
     {FourCC("urn "), DataEntryUrn},      {FourCC("alis"), DataEntryUrl},
     {FourCC("elng"), ExtendedLanguage},  {FourCC("tref"), TrackReferences},
@@ -151,6 +149,6 @@ constexpr FieldParserRow kParsers[] = {
 
 }  // namespace
 
-FieldParser MovieFieldParser(std::uint32_t type) { return FindParser(kParsers, type); }
+FieldParser MovieFieldParser(std::uint32_t type) { return FindParser(kMovieParsers, type); }
 
 }  // namespace mp4

@@ -162,9 +162,7 @@ void EncryptionInformation(FieldReader* f) {
   f->U8("keyLength");
 }
 
-void FullOnly(FieldReader* f) { f->Full(); }
-
-constexpr FieldParserRow kParsers[] = {
+constexpr FieldParserRow kProtectionParsers[] = {
     {FourCC("frma"), OriginalFormat},
     {FourCC("schm"), Scheme},
     {FourCC("csch"), Scheme},
@@ -178,12 +176,14 @@ constexpr FieldParserRow kParsers[] = {
     {FourCC("odaf"), AccessUnitFormat},
     {FourCC("ohdr"), CommonHeaders},
     {FourCC("aeib"), EncryptionInformation},
-    {FourCC("ipro"), FullOnly},
+    {FourCC("ipro"), FullHeaderOnly},
 };
 
 }  // namespace
 
-FieldParser ProtectionFieldParser(std::uint32_t type) { return FindParser(kParsers, type); }
+FieldParser ProtectionFieldParser(std::uint32_t type) {
+  return FindParser(kProtectionParsers, type);
+}
 
 void UserTypeFields(FieldReader* f) {
   const UserTypeKind kind = KindOfUserType(f->Tree(), f->Id());

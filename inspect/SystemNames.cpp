@@ -6,13 +6,13 @@ namespace mp4 {
 
 namespace {
 
-struct Row {
+struct SystemRow {
   unsigned char id[16];
   const char* name;
 };
 
 // clang-format off
-constexpr Row kRows[] = {
+constexpr SystemRow kSystems[] = {
     {{0x10, 0x77, 0xef, 0xec, 0xc0, 0xb2, 0x4d, 0x02, 0xac, 0xe3, 0x3c, 0x1e, 0x52, 0xe2, 0xfb, 0x4b},
      "W3C common pssh"},
     {{0x1f, 0x83, 0xe1, 0xe8, 0x6e, 0xe9, 0x4f, 0x0d, 0xba, 0x2f, 0x5e, 0xc4, 0xe3, 0xed, 0x1a, 0x66},
@@ -85,7 +85,7 @@ constexpr Row kRows[] = {
 }  // namespace
 
 const char* NameOfSystem(const Id16& id) {
-  for (const Row& row : kRows) {
+  for (const SystemRow& row : kSystems) {
     if (std::memcmp(row.id, id.data(), id.size()) == 0) return row.name;
   }
   return "";

@@ -5,14 +5,12 @@ namespace mp4 {
 
 namespace {
 
-std::string Number(std::uint64_t number) { return std::to_string(number); }
-
 void TimeToSample(FieldReader* f) {
   f->Full();
   const std::uint32_t count = f->U32("entryCount");
   f->Rows("entries", count, [](FieldView* v) {
     const std::uint32_t samples = v->U32();
-    return Number(samples) + " x " + Number(v->U32());
+    return std::to_string(samples) + " x " + std::to_string(v->U32());
   });
 }
 
@@ -22,7 +20,7 @@ void CompositionOffsets(FieldReader* f) {
   const std::uint32_t count = f->U32("entryCount");
   f->Rows("entries", count, [](FieldView* v) {
     const std::uint32_t samples = v->U32();
-    return Number(samples) + " x " + std::to_string(v->S32());
+    return std::to_string(samples) + " x " + std::to_string(v->S32());
   });
 }
 
@@ -41,8 +39,8 @@ void SampleToChunk(FieldReader* f) {
   const std::uint32_t count = f->U32("entryCount");
   f->Rows("entries", count, [](FieldView* v) {
     const std::uint32_t chunk = v->U32(), samples = v->U32();
-    return "from chunk " + Number(chunk) + ": " + Number(samples) + " samples, description " +
-           Number(v->U32());
+    return "from chunk " + std::to_string(chunk) + ": " + std::to_string(samples) +
+           " samples, description " + std::to_string(v->U32());
   });
 }
 
@@ -50,7 +48,7 @@ void SampleSizes(FieldReader* f) {
   f->Full();
   const std::uint32_t all = f->U32("sampleSize");
   const std::uint32_t count = f->U32("sampleCount");
-  if (all == 0) f->Rows("sizes", count, [](FieldView* v) { return Number(v->U32()); });
+  if (all == 0) f->Rows("sizes", count, [](FieldView* v) { return std::to_string(v->U32()); });
 }
 
 void CompactSampleSizes(FieldReader* f) {
@@ -59,25 +57,26 @@ void CompactSampleSizes(FieldReader* f) {
   const std::uint8_t bits = f->U8("fieldSize");
   const std::uint32_t count = f->U32("sampleCount");
   if (bits != 8 && bits != 16) return;
-  f->Rows("sizes", count, [bits](FieldView* v) { return Number(bits == 8 ? v->U8() : v->U16()); });
+  f->Rows("sizes", count,
+          [bits](FieldView* v) { return std::to_string(bits == 8 ? v->U8() : v->U16()); });
 }
 
 void ChunkOffsets(FieldReader* f) {
   f->Full();
   const std::uint32_t count = f->U32("entryCount");
-  f->Rows("offsets", count, [](FieldView* v) { return Number(v->U32()); });
+  f->Rows("offsets", count, [](FieldView* v) { return std::to_string(v->U32()); });
 }
 
 void LargeChunkOffsets(FieldReader* f) {
   f->Full();
   const std::uint32_t count = f->U32("entryCount");
-  f->Rows("offsets", count, [](FieldView* v) { return Number(v->U64()); });
+  f->Rows("offsets", count, [](FieldView* v) { return std::to_string(v->U64()); });
 }
 
 void SyncSamples(FieldReader* f) {
   f->Full();
   const std::uint32_t count = f->U32("entryCount");
-  f->Rows("samples", count, [](FieldView* v) { return Number(v->U32()); });
+  f->Rows("samples", count, [](FieldView* v) { return std::to_string(v->U32()); });
 }
 
 void SampleDependencies(FieldReader* f) {
@@ -92,7 +91,7 @@ void SampleToGroup(FieldReader* f) {
   const std::uint32_t count = f->U32("entryCount");
   f->Rows("entries", count, [](FieldView* v) {
     const std::uint32_t samples = v->U32();
-    return Number(samples) + " x " + Number(v->U32());
+    return std::to_string(samples) + " x " + std::to_string(v->U32());
   });
 }
 
@@ -112,7 +111,7 @@ void GroupDescriptions(FieldReader* f) {
   f->RestHex("entries");
 }
 
-constexpr FieldParserRow kParsers[] = {
+constexpr FieldParserRow kTableParsers[] = {
     {FourCC("stts"), TimeToSample},         {FourCC("ctts"), CompositionOffsets},
     {FourCC("cslg"), CompositionToDecode},  {FourCC("stsc"), SampleToChunk},
     {FourCC("stsz"), SampleSizes},          {FourCC("stz2"), CompactSampleSizes},
@@ -124,6 +123,6 @@ constexpr FieldParserRow kParsers[] = {
 
 }  // namespace
 
-FieldParser TableFieldParser(std::uint32_t type) { return FindParser(kParsers, type); }
+FieldParser TableFieldParser(std::uint32_t type) { return FindParser(kTableParsers, type); }
 
 }  // namespace mp4

@@ -19,4 +19,6 @@ std::string IdText(const Id16& id) {
   return text;
 }
 
+std::string Quoted(const std::string& text) { return '"' + text + '"'; }
+
 }  // namespace mp4

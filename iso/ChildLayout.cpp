@@ -19,7 +19,7 @@ ChildLayout Counted(BoxTree* tree, BoxId id, std::uint64_t width) {
 }
 
 /// ItemInfoBox: the count has 16 bits in version 0, 32 later.
-ChildLayout ItemInfo(BoxTree* tree, BoxId id) {
+ChildLayout CountedItems(BoxTree* tree, BoxId id) {
   return Counted(tree, id, tree->Payload(id, 0, 1).U8() == 0 ? 2 : 4);
 }
 
@@ -131,7 +131,7 @@ ChildLayout ByType(BoxTree* tree, BoxId id) {
     case FourCC("ipro"):
       return Counted(tree, id, 2);
     case FourCC("iinf"):
-      return ItemInfo(tree, id);
+      return CountedItems(tree, id);
     case FourCC("meta"):
       return Meta(tree, id);
     case FourCC("odhe"):

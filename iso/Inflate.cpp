@@ -8,7 +8,7 @@ namespace mp4 {
 
 namespace {
 
-constexpr std::size_t kPiece = std::size_t{16} << 10;
+constexpr std::size_t kInflatedPiece = std::size_t{16} << 10;
 
 /// A zlib header is a multiple of 31 and names deflate as its method.
 bool HasZlibHeader(const unsigned char* bytes) {
@@ -29,7 +29,7 @@ struct Stream {
 int Drain(z_stream* z, std::uint64_t most, std::vector<unsigned char>* plain) {
   int result = Z_OK;
   do {
-    unsigned char out[kPiece];
+    unsigned char out[kInflatedPiece];
     z->next_out = out;
     z->avail_out = sizeof out;
     result = inflate(z, Z_NO_FLUSH);
@@ -56,7 +56,7 @@ bool InflateBytes(const ByteView& view, std::uint64_t size, std::uint64_t most,
   int result = Z_OK;
   // A buffer error only asks for more input.
   for (std::uint64_t at = 0; at < size && (result == Z_OK || result == Z_BUF_ERROR);) {
-    const auto n = static_cast<std::size_t>(std::min<std::uint64_t>(size - at, kPiece));
+    const auto n = static_cast<std::size_t>(std::min<std::uint64_t>(size - at, kInflatedPiece));
     const unsigned char* piece = view(at, n);
     if (piece == nullptr) return false;
     stream.z.next_in = const_cast<unsigned char*>(piece);

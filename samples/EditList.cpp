@@ -6,6 +6,7 @@
 #include <set>
 
 #include "io/FourCC.h"
+#include "samples/HeldSum.h"
 #include "samples/TableBytes.h"
 
 namespace mp4 {
@@ -33,12 +34,6 @@ std::int64_t AtRate(std::int64_t time, std::int32_t rate) {
   return Scale(static_cast<std::uint64_t>(time), static_cast<std::uint32_t>(rate), 0x10000);
 }
 
-std::int64_t AddHeld(std::int64_t a, std::int64_t b) {
-  std::int64_t sum = 0;
-  if (!__builtin_add_overflow(a, b, &sum)) return sum;
-  return b > 0 ? kForever : std::numeric_limits<std::int64_t>::min();
-}
-
 }  // namespace
 
 EditTimeline::EditTimeline(std::vector<Edit> edits, std::uint32_t movieScale,
@@ -63,10 +58,10 @@ std::int64_t EditTimeline::MediaEnd(std::size_t i) const {
   const Edit& edit = edits_[i];
   const std::int64_t length = segments_[i].end - segments_[i].start;
   if (edit.IsEmpty() || edit.mediaTime < 0 || edit.Rate() < 0 || length == 0) return edit.mediaTime;
-  if (edit.IsDwell()) return AddHeld(edit.mediaTime, 1);
+  if (edit.IsDwell()) return HeldSum(edit.mediaTime, 1);
   // The last time that is still shown lies before the end, whatever the rate rounds to.
   const std::int64_t rough = AtRate(length, edit.Rate());
-  std::int64_t end = AddHeld(edit.mediaTime, rough);
+  std::int64_t end = HeldSum(edit.mediaTime, rough);
   while (end < kForever && Inside(i, end) < length) ++end;
   return end;
 }
@@ -118,7 +113,7 @@ bool EditTimeline::ToPresentation(std::int64_t mediaTime, std::int64_t* presenta
   if (behind == stretches_.begin()) return false;
   const std::size_t edit = std::prev(behind)->edit;
   if (edit == kNoEdit) return false;
-  *presentation = AddHeld(segments_[edit].start, Inside(edit, mediaTime));
+  *presentation = HeldSum(segments_[edit].start, Inside(edit, mediaTime));
   return true;
 }
 
@@ -135,7 +130,7 @@ bool EditTimeline::ToMedia(std::int64_t presentation, std::int64_t* mediaTime) c
   const Edit& edit = edits_[i];
   if (presentation >= segments_[i].end || edit.IsEmpty() || edit.mediaTime < 0) return false;
   const std::int64_t inside = presentation - segments_[i].start;
-  *mediaTime = AddHeld(edit.mediaTime, edit.IsDwell() ? 0 : AtRate(inside, edit.Rate()));
+  *mediaTime = HeldSum(edit.mediaTime, edit.IsDwell() ? 0 : AtRate(inside, edit.Rate()));
   return true;
 }
 

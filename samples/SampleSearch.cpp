@@ -3,18 +3,13 @@
 #include <algorithm>
 #include <limits>
 
+#include "samples/HeldSum.h"
+
 namespace mp4 {
 
 namespace {
 
 constexpr std::int64_t kLastTime = std::numeric_limits<std::int64_t>::max();
-
-/// Times of real files are far below; sums that are not stay at the end of the range.
-std::int64_t AddHeld(std::int64_t time, std::int64_t offset) {
-  std::int64_t sum = 0;
-  if (!__builtin_add_overflow(time, offset, &sum)) return sum;
-  return offset > 0 ? kLastTime : std::numeric_limits<std::int64_t>::min();
-}
 
 std::int64_t Signed(std::uint64_t time) { return static_cast<std::int64_t>(time); }
 
@@ -96,13 +91,13 @@ void SampleSearch::FindOffsetRange() {
 
 /// The latest decode time of a sample that may be composed at or before `time`.
 std::uint64_t SampleSearch::Latest(std::int64_t time) const {
-  const std::int64_t latest = AddHeld(time, -std::int64_t{leastOffset_});
+  const std::int64_t latest = HeldSum(time, -std::int64_t{leastOffset_});
   return latest < 0 ? 0 : static_cast<std::uint64_t>(latest);
 }
 
 std::uint64_t SampleSearch::AtCompositionTime(std::int64_t time) {
   FindOffsetRange();
-  if (AddHeld(time, -std::int64_t{leastOffset_}) < 0) return 0;
+  if (HeldSum(time, -std::int64_t{leastOffset_}) < 0) return 0;
   Best best;
   SearchRuns(time, &best);
   if (tableSamples_ > 0) SearchTables(time, &best);
@@ -113,7 +108,7 @@ std::uint64_t SampleSearch::AtCompositionTime(std::int64_t time) {
 /// rise, and the best is found by arithmetic.
 void SampleSearch::SearchTables(std::int64_t time, Best* best) {
   const std::uint64_t end = tables_->EndTime();
-  if (best->Beats(AddHeld(Signed(end), greatestOffset_))) return;
+  if (best->Beats(HeldSum(Signed(end), greatestOffset_))) return;
   std::uint64_t last = EntryAtDecodeTime(Latest(time));
   if (tables_->chunks.Packs()) {
     // Packets are as long as their entries, and are not reordered.
@@ -128,15 +123,15 @@ void SampleSearch::SearchTables(std::int64_t time, Best* best) {
     const std::uint64_t start = std::max(times.First(), offsets.First());
     const std::uint32_t delta = times.Value();
     const auto offset = static_cast<std::int32_t>(offsets.Value());
-    const std::int64_t first = AddHeld(Signed(times.TotalAt(start)), offset);
-    const std::int64_t final = AddHeld(Signed(times.TotalAt(last)), offset);
+    const std::int64_t first = HeldSum(Signed(times.TotalAt(start)), offset);
+    const std::int64_t final = HeldSum(Signed(times.TotalAt(last)), offset);
     if (final <= time) {
       best->Offer(last + 1, final);
     } else if (first <= time && delta != 0) {
       const std::uint64_t steps = static_cast<std::uint64_t>(time - first) / delta;
       best->Offer(start + steps + 1, first + Signed(steps * delta));
     }
-    if (start == 0 || best->Beats(AddHeld(Signed(times.TotalAt(start)), greatestOffset_))) return;
+    if (start == 0 || best->Beats(HeldSum(Signed(times.TotalAt(start)), greatestOffset_))) return;
     last = start - 1;
     if (times.First() == start) times.Down();
     if (offsets.First() == start) offsets.Down();
@@ -172,7 +167,7 @@ void SampleSearch::SearchRun(const FragmentRun& run, std::int64_t time, Best* be
   Best here;
   for (const unsigned char* row = run.rows; row < run.rows + run.count * width; row += width) {
     const auto offset = sameOffset ? 0 : static_cast<std::int32_t>(LoadBe32(row + width - 4));
-    const std::int64_t at = AddHeld(Signed(decode), offset);
+    const std::int64_t at = HeldSum(Signed(decode), offset);
     ++number;
     if (at <= time && (here.number == 0 || at >= here.time)) here = {number, at};
     decode += sameDelta ? run.duration : LoadBe32(row);

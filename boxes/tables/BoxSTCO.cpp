@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr long long kHeader = 8;  // version, flags, entry count
+constexpr long long kChunkOffsetHeader = 8;  // version, flags, entry count
 constexpr std::uint64_t kNoSuchChunk = ~std::uint64_t{0};
 
 /// An offset above 4 GiB appended to a 32-bit table loses its upper half: the table keeps the width
@@ -28,7 +28,7 @@ bool BoxSTCO::ReadData(mmStreamReader* reader, long long size, Mp4Context* conte
   entryCount = 0;
   if (context != nullptr) track = context->GetCurrentTrack();
   if (track != nullptr && track->chunkOffsetOwner == this) track->chunkOffsetOwner = nullptr;
-  if (!mp4::ReadTableBody(reader, size - kHeader, EntrySize(), &entries)) return false;
+  if (!mp4::ReadTableBody(reader, size - kChunkOffsetHeader, EntrySize(), &entries)) return false;
   entryCount = mp4::ClampCount(count, *entries, EntrySize());
   return mp4::WithoutThrowing([this] { PublishNew(); });
 }

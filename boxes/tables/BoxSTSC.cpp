@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr long long kHeader = 8;  // version, flags, entry count
+constexpr long long kSampleToChunkHeader = 8;  // version, flags, entry count
 constexpr auto kEntry = static_cast<std::size_t>(mp4::kSampleToChunkEntry);
 /// QuickTime's compression ID of audio whose sample table counts whole packets already.
 constexpr std::int32_t kCountsPackets = -2;
@@ -28,7 +28,7 @@ bool BoxSTSC::ReadData(mmStreamReader* reader, long long size, Mp4Context* conte
   marks.Forget();
   onCommonWalk = false;
   cursor.readPos = 0;
-  if (!mp4::ReadTableBody(reader, size - kHeader, kEntry, &entries)) return false;
+  if (!mp4::ReadTableBody(reader, size - kSampleToChunkHeader, kEntry, &entries)) return false;
   entryCount = mp4::ClampCount(count, *entries, kEntry);
   if (context == nullptr) return true;
   fileMode = context->GetFileMode();

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr long long kSmallestPayload = 4;
+constexpr long long kSmallestHandler = 4;
 /// Payload bytes before the name.
 constexpr long long kNameStart = 24;
 
@@ -26,7 +26,7 @@ long long NameLength(mmStreamReader* reader, long long rest) {
 }  // namespace
 
 bool BoxHDLR::ReadData(mmStreamReader* reader, long long size, Mp4Context* context) {
-  if (reader == nullptr || size < kSmallestPayload) return false;
+  if (reader == nullptr || size < kSmallestHandler) return false;
   mp4::SkipFullBoxHeader(reader);
   reader->GetLe32();  // QuickTime component type
   handlerType = reader->GetLe32();

@@ -6,8 +6,8 @@
 
 namespace {
 
-constexpr long long kPayload = 24;
-constexpr long long kWidePayload = 36;
+constexpr long long kMediaHeaderPayload = 24;
+constexpr long long kWideMediaHeaderPayload = 36;
 
 }  // namespace
 
@@ -20,7 +20,7 @@ bool BoxMDHD::ReadData(mmStreamReader* reader, long long size, Mp4Context* conte
   duration = mp4::ReadTime(reader, version);
   language = static_cast<std::uint16_t>(reader->GetBe16());
   reader->Skip(2);  // quality
-  reader->Skip(size - (mp4::HasWideTimes(version) ? kWidePayload : kPayload));
+  reader->Skip(size - (mp4::HasWideTimes(version) ? kWideMediaHeaderPayload : kMediaHeaderPayload));
   Publish(context);
   return true;
 }

@@ -5,14 +5,14 @@
 
 namespace {
 
-constexpr long long kSmallestPayload = 4;
+constexpr long long kSmallestMedia = 4;
 
 }  // namespace
 
 BoxMDIA::~BoxMDIA() { Clear(); }
 
 bool BoxMDIA::ReadData(mmStreamReader* reader, long long size, Mp4Context* context) {
-  if (reader == nullptr || context == nullptr || size < kSmallestPayload) return false;
+  if (reader == nullptr || context == nullptr || size < kSmallestMedia) return false;
   const auto dispatch = [&](const mp4::ChildHeader& child) {
     switch (child.type) {
       case mp4::FourCC("mdhd"):

@@ -5,14 +5,14 @@
 
 namespace {
 
-constexpr long long kSmallestPayload = 1;
+constexpr long long kSmallestMediaInformation = 1;
 
 }  // namespace
 
 BoxMINF::~BoxMINF() { Clear(); }
 
 bool BoxMINF::ReadData(mmStreamReader* reader, long long size, Mp4Context* context) {
-  if (reader == nullptr || context == nullptr || size < kSmallestPayload) return false;
+  if (reader == nullptr || context == nullptr || size < kSmallestMediaInformation) return false;
   const auto dispatch = [&](const mp4::ChildHeader& child) {
     switch (child.type) {
       case mp4::FourCC("vmhd"):

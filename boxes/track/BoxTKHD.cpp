@@ -8,8 +8,8 @@
 
 namespace {
 
-constexpr long long kPayload = 84;
-constexpr long long kWidePayload = 96;
+constexpr long long kTrackHeaderPayload = 84;
+constexpr long long kWideTrackHeaderPayload = 96;
 
 bool IsFull(const Mp4Context* context) {
   return context->tracks.size() >= static_cast<std::size_t>(mp4::limits::kMostTracks);
@@ -46,7 +46,8 @@ bool BoxTKHD::ReadData(mmStreamReader* reader, long long size, Mp4Context* conte
   reader->Skip(36);  // matrix
   width = reader->GetBe32();
   height = reader->GetBe32();
-  reader->Skip(size - (mp4::HasWideTimes(header.version) ? kWidePayload : kPayload));
+  reader->Skip(size -
+               (mp4::HasWideTimes(header.version) ? kWideTrackHeaderPayload : kTrackHeaderPayload));
   return context == nullptr || Publish(context, reader->Scan());
 }
 

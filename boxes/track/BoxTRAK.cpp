@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr long long kSmallestPayload = 4;
+constexpr long long kSmallestTrack = 4;
 /// Units of Seek a second: 100 ns.
 constexpr std::int64_t kSeekUnits = 10'000'000;
 /// An edit box of this size, header included, is empty and not read.
@@ -49,7 +49,7 @@ std::int64_t TotalDuration(const std::vector<tagElstItem>& edits) {
 BoxTRAK::~BoxTRAK() { Clear(); }
 
 bool BoxTRAK::ReadData(mmStreamReader* reader, long long size, Mp4Context* context) {
-  if (reader == nullptr || size < kSmallestPayload) return false;
+  if (reader == nullptr || size < kSmallestTrack) return false;
   Clear();
   std::vector<tagElstItem> edits;
   const auto readEdits = [&](const mp4::ChildHeader& child) {

@@ -9,6 +9,8 @@ TEST(Words, NumbersAreGroupedByThousands) {
   EXPECT_EQ("18,446,744,073,709,551,615", mp4::Grouped(UINT64_MAX));
 }
 
+TEST(Words, TypesStandInDoubleQuotes) { EXPECT_EQ("\"trak\"", mp4::Quoted("trak")); }
+
 TEST(Words, IdsAreWrittenInFiveGroups) {
   mp4::Id16 id{};
   for (std::size_t i = 0; i < id.size(); ++i) id[i] = static_cast<std::uint8_t>(i * 17);
