@@ -6,17 +6,25 @@ file(GLOB MP4JUDGE_SOURCES CONFIGURE_DEPENDS
   io/*.cpp codecs/*.cpp platform/*.cpp boxes/*/*.cpp demux/*.cpp iso/*.cpp inspect/*.cpp samples/*.cpp
   door/*.cpp)
 
-# Half of what compiling takes goes into headers of the language. Compiled once they hide a missing
-# include, and GCC 12 warns of code in them, so that this is for copies that tests make.
-option(MP4JUDGE_PCH "Precompile the language's headers" OFF)
-function(mp4judge_precompile target)
-  target_precompile_headers(${target} PRIVATE <algorithm> <cstdint> <cstring> <functional> <memory>
-    <optional> <string> <string_view> <unordered_map> <vector>)
+# Most of what compiling takes goes into the same headers again and again. The copies of the library
+# that the tests make compile a room at a time: mp4judge_in_rooms(TARGET). (Ordinary builds do not:
+# there a source has to name the headers that it needs, and one change compiles one source.)
+option(MP4JUDGE_IN_ROOMS "Compile a folder of sources at a time" OFF)
+function(mp4judge_in_rooms target)
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
+  # A class of an unnamed namespace looks like one of a header then.
+  target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
+  foreach(source ${MP4JUDGE_SOURCES})
+    file(RELATIVE_PATH room ${PROJECT_SOURCE_DIR} ${source})
+    get_filename_component(room ${room} DIRECTORY)
+    string(MAKE_C_IDENTIFIER ${room} room)
+    set_source_files_properties(${source} PROPERTIES UNITY_GROUP ${room})
+  endforeach()
 endfunction()
 
 add_library(mp4judge_objects OBJECT ${MP4JUDGE_SOURCES})
-if(MP4JUDGE_PCH)
-  mp4judge_precompile(mp4judge_objects)
+if(MP4JUDGE_IN_ROOMS)
+  mp4judge_in_rooms(mp4judge_objects)
 endif()
 set_target_properties(mp4judge_objects PROPERTIES
   POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)

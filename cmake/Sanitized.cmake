@@ -25,7 +25,7 @@ target_compile_definitions(mp4judge_sanitized_objects PRIVATE
 target_compile_options(mp4judge_sanitized_objects PRIVATE
   -O1 -g1 -UNDEBUG -fno-omit-frame-pointer ${MP4JUDGE_SANITIZERS})
 target_link_libraries(mp4judge_sanitized_objects PRIVATE ZLIB::ZLIB)
-mp4judge_precompile(mp4judge_sanitized_objects)
+mp4judge_in_rooms(mp4judge_sanitized_objects)
 
 # mp4judge_twin(PROGRAM FOLDER [SOURCE...]): PROGRAM_sanitized, in build/.../sanitized/FOLDER under
 # the program's name. The library's objects come first, so that of two copies of an inline function
