@@ -96,7 +96,9 @@ int RunChart(const ChartOptions& options) {
   if (!out.Write(svg ? ChartSvg(data) : ChartHtml(data))) {
     return Complain(options.output, out.Why());
   }
-  return whole ? kAllClear : kTrouble;
+  if (!data.complete)
+    Complain(options.file, "not everything is drawn; the chart says what is left out");
+  return whole && data.complete ? kAllClear : kTrouble;
 }
 
 }  // namespace tool

@@ -79,16 +79,23 @@ void ReadReport(const std::string& file, ChartData* data) {
     schemes += (i == 0 ? "" : ", ") + std::string(mp4judge_report_scheme(report, i));
   }
   if (!schemes.empty()) data->verdict += " (" + schemes + ")";
-  if (const char* reason = mp4judge_report_reason(report)) data->findings.push_back(reason);
+  const auto find = [data](std::string text) {
+    if (data->findings.size() < kMostFindings) {
+      data->findings.push_back(std::move(text));
+    } else {
+      ++data->moreFindings;
+    }
+  };
+  if (const char* reason = mp4judge_report_reason(report)) find(reason);
   std::set<std::string> paths;
   for (std::size_t i = 0; i < mp4judge_report_evidence_count(report); ++i) {
     const mp4judge_evidence& evidence = *mp4judge_report_evidence(report, i);
     paths.insert(evidence.box_path);
-    data->findings.push_back(std::string(evidence.box_path) + ": " + evidence.text);
+    find(std::string(evidence.box_path) + ": " + evidence.text);
   }
   for (std::size_t i = 0; i < mp4judge_report_problem_count(report); ++i) {
     const mp4judge_problem& problem = *mp4judge_report_problem(report, i);
-    data->findings.push_back("problem: " + std::string(problem.text));
+    find("problem: " + std::string(problem.text));
   }
   mp4judge_report_free(report);
   for (ChartBox& box : data->boxes) box.isEvidence = paths.count(box.path) != 0;
@@ -109,22 +116,45 @@ std::vector<double> RatesOf(const Json& bytes, double seconds) {
   return rates;
 }
 
-void ReadLayout(const Json& layout, ChartData* data) {
-  data->seconds = layout.value("seconds", 0.0);
-  for (const Json& from : layout.at("tracks")) {
-    ChartTrack track;
-    track.id = from.value("id", std::uint64_t{0});
-    track.isProtected = from.value("protected", false);
-    const std::string codec = from.value("codec", std::string());
-    track.label = codec.empty() ? from.value("handler", std::string()) : codec;
-    for (const Json& extent : from.at("extents")) {
-      const auto offset = extent[0].get<std::uint64_t>();
-      if (offset >= data->size) continue;
-      track.extents.push_back({offset, std::min(extent[1].get<std::uint64_t>(), data->size)});
-    }
-    track.rates = RatesOf(from.at("bytes"), data->seconds);
-    data->tracks.push_back(std::move(track));
+ChartTrack TrackOf(const Json& from, std::uint64_t size, std::vector<double>&& rates) {
+  ChartTrack track;
+  track.id = from.value("id", std::uint64_t{0});
+  track.isProtected = from.value("protected", false);
+  const std::string codec = from.value("codec", std::string());
+  track.label = codec.empty() ? from.value("handler", std::string()) : codec;
+  for (const Json& extent : from.at("extents")) {
+    const auto offset = extent[0].get<std::uint64_t>();
+    if (offset >= size) continue;
+    track.extents.push_back({offset, std::min(extent[1].get<std::uint64_t>(), size)});
   }
+  track.rates = std::move(rates);
+  return track;
+}
+
+/// Only the tracks that are drawn keep their extents, of which there may be millions.
+Json ParseLayout(const char* text) {
+  std::size_t seen = 0;
+  return Json::parse(text, [&seen](int /*depth*/, Json::parse_event_t event, Json& key) {
+    return event != Json::parse_event_t::key || key != "extents" || ++seen <= kMostTracks;
+  });
+}
+
+/// Whether every sample was seen.
+bool ReadLayout(const Json& layout, ChartData* data) {
+  data->seconds = layout.value("seconds", 0.0);
+  bool whole = true;
+  for (const Json& from : layout.at("tracks")) {
+    whole = whole && from.value("whole", true);
+    std::vector<double> rates = RatesOf(from.at("bytes"), data->seconds);
+    if (data->tracks.size() < kMostTracks) {
+      data->tracks.push_back(TrackOf(from, data->size, std::move(rates)));
+      continue;
+    }
+    ++data->moreTracks;
+    data->moreRates.resize(rates.size());
+    for (std::size_t i = 0; i < rates.size(); ++i) data->moreRates[i] += rates[i];
+  }
+  return whole;
 }
 
 }  // namespace
@@ -140,11 +170,14 @@ bool ReadChartData(const std::string& file, mp4judge_tree* tree, ChartData* data
   data->size = mp4judge_tree_file_size(tree);
   Collector collector{data, {}};
   mp4judge_tree_walk(tree, nullptr, Collect, &collector);
-  data->complete = mp4judge_tree_complete(tree) != 0;
+  const bool allBoxes = mp4judge_tree_complete(tree) != 0;
   const char* const layout = mp4judge_layout_json(tree, kRateParts);
-  if (layout != nullptr) ReadLayout(Json::parse(layout), data);
+  const bool allSamples = layout != nullptr && ReadLayout(ParseLayout(layout), data);
+  data->complete = allBoxes && allSamples;
+  if (!allBoxes)
+    data->findings.push_back("Not every box is drawn: they are too many, or nest too deep.");
+  if (!allSamples) data->findings.push_back("Not every sample is drawn: there are too many.");
   ReadReport(file, data);
-  if (!data->complete) data->findings.push_back("not every box is drawn");
   return CheckRead(file, mp4judge_tree_error(tree), mp4judge_tree_errno(tree));
 }
 

@@ -44,10 +44,17 @@ struct ChartData {
   std::string verdict;                ///< "protected (cenc)"
   std::string verdictClass;           ///< "clear", "protected" or "undetermined"
   std::vector<std::string> findings;  ///< evidence, reason, problems; a sentence each
+  std::size_t moreFindings = 0;       ///< that are only counted
   std::vector<ChartBox> boxes;        ///< in file order; those of inflated movies are left out
-  std::vector<ChartTrack> tracks;
-  bool complete = true;
+  std::vector<ChartTrack> tracks;     ///< the first kMostTracks
+  std::size_t moreTracks = 0;
+  std::vector<double> moreRates;  ///< of those, together; empty when there are none
+  bool complete = true;           ///< false: there are boxes or samples that are not drawn
 };
+
+/// A chart shows so many, and counts the others.
+constexpr std::size_t kMostTracks = 12;
+constexpr std::size_t kMostFindings = 60;
 
 /// Parts of the time that bit rates are drawn for.
 constexpr unsigned kRateParts = 240;

@@ -48,10 +48,17 @@ std::string ScriptText(const Json& json) {
 }  // namespace
 
 std::string ChartHtml(const ChartData& data) {
-  const Json all = {{"file", data.file},         {"size", data.size},
-                    {"seconds", data.seconds},   {"verdict", data.verdict},
-                    {"kind", data.verdictClass}, {"findings", data.findings},
-                    {"boxes", BoxesOf(data)},    {"tracks", TracksOf(data)}};
+  const Json all = {{"file", data.file},
+                    {"size", data.size},
+                    {"seconds", data.seconds},
+                    {"verdict", data.verdict},
+                    {"kind", data.verdictClass},
+                    {"findings", data.findings},
+                    {"moreFindings", data.moreFindings},
+                    {"moreTracks", data.moreTracks},
+                    {"moreRates", data.moreRates},
+                    {"boxes", BoxesOf(data)},
+                    {"tracks", TracksOf(data)}};
   return "<!doctype html>\n<html lang='en'><meta charset='utf-8'>\n<meta name='viewport' "
          "content='width=device-width'>\n<title>" +
          Escaped(data.file + ": " + data.verdict) + "</title>\n<style>" + kChartColours +

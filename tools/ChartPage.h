@@ -68,7 +68,7 @@ function draw(){css=getComputedStyle(document.documentElement);hits=[];
   if(group)out.push(group);return out});
  let deep=shown.length;while(deep>1&&!shown[deep-1].some(s=>s.w>=3))deep--;
  deep=Math.min(deep,14);
- const h=34+deep*row+10+Math.min(data.tracks.length,12)*lane,[g]=canvas($('map'),h);
+ const h=34+deep*row+10+(data.tracks.length+(data.moreTracks?1:0))*lane,[g]=canvas($('map'),h);
  g.textAlign='center';const st=step(to-from);
  for(let o=Math.ceil(from/st)*st,last=-99;o<=to;o+=st){const x=X(o);g.fillStyle=colour('line');g.fillRect(x,16,1,6);
   if(x-last>80){g.fillStyle=colour('soft');const t=size(o);const half=g.measureText(t).width/2;g.fillText(t,Math.min(Math.max(x,half),width-half),8);last=x}}
@@ -76,21 +76,23 @@ function draw(){css=getComputedStyle(document.documentElement);hits=[];
  shown.slice(0,deep).forEach((list,d)=>list.forEach(s=>{const y=34+d*row;box(g,s.x,y,s.w,s.b,s.n>1);hits.push([s.x,y,Math.max(s.w,2),row,s])}));
  let lastMark=-9;data.boxes.forEach(b=>{if(!(b[V]||b[W])||b[A]<from||b[A]>to)return;const x=X(b[A]);if(x-lastMark<5)return;lastMark=x;
   g.fillStyle=colour(b[V]?'protected':'warn');g.beginPath();g.moveTo(x-5,23);g.lineTo(x+5,23);g.lineTo(x,32);g.fill()});
- data.tracks.slice(0,12).forEach((t,i)=>{const y=34+deep*row+10+i*lane;g.fillStyle=colour(t.protected?'protected':'soft');
+ data.tracks.forEach((t,i)=>{const y=34+deep*row+10+i*lane;g.fillStyle=colour(t.protected?'protected':'soft');
   let l=t.id+'  '+t.label;while(g.measureText(l).width>margin-14)l=l.slice(0,-2)+'…';g.fillText(l,0,y+7);
   g.fillStyle=colour('media');g.globalAlpha=.6;g.fillRect(margin,y,width-margin,14);g.globalAlpha=1;g.fillStyle=colour('t'+i%6);
   let k=first(t.extents,from,1),a=-1,z=-1;const put=()=>{if(a>=0)g.fillRect(a,y,Math.max(z-a,.7),14)};
   for(;k<t.extents.length&&t.extents[k][0]<to;k++){const x=Math.max(X(t.extents[k][0]),margin),e=Math.min(X(t.extents[k][1]),width);
    if(a>=0&&x<=z+.4){z=Math.max(z,e);continue}put();a=x;z=e}put()});
+ if(data.moreTracks){g.fillStyle=colour('soft');g.fillText('and '+commas(data.moreTracks)+' more tracks',margin,34+deep*row+10+data.tracks.length*lane+7)}
  $('range').textContent='bytes '+commas(from)+' to '+commas(to)}
 function rates(){const n=data.tracks.length?data.tracks[0].rates.length:0,sum=Array(n).fill(0);
- data.tracks.forEach(t=>t.rates.forEach((r,i)=>sum[i]+=r));const most=Math.max(0,...sum);
+ const shown=data.tracks.map((t,k)=>['t'+k%6,t.rates]);if(data.moreTracks)shown.push(['soft',data.moreRates]);
+ shown.forEach(([,rates])=>rates.forEach((r,i)=>sum[i]+=r));const most=Math.max(0,...sum);
  if(!most||!data.seconds){$('time').style.display='none';return}
  $('ratehead').textContent='Bit rate over time, most '+rate(most);
  const H=150,[g,w]=canvas($('rate'),H+22),Y=v=>6+(H-6)*(1-v/most),plot=w-margin,st=step(most);
  for(let v=0;v<=most;v+=st){g.fillStyle=colour('line');g.fillRect(margin,Y(v),plot,1);g.fillStyle=colour('soft');g.textAlign='right';g.fillText(rate(v),margin-8,Y(v))}
- const base=Array(n).fill(0);data.tracks.forEach((t,k)=>{g.fillStyle=colour('t'+k%6);
-  t.rates.forEach((r,i)=>{const x=margin+plot*i/n,b=base[i];base[i]+=r;g.fillRect(x,Y(base[i]),plot/n+.3,Y(b)-Y(base[i]))})});
+ const base=Array(n).fill(0);shown.forEach(([c,rates])=>{g.fillStyle=colour(c);
+  rates.forEach((r,i)=>{const x=margin+plot*i/n,b=base[i];base[i]+=r;g.fillRect(x,Y(base[i]),plot/n+.3,Y(b)-Y(base[i]))})});
  g.fillStyle=colour('soft');g.textAlign='center';const ts=step(data.seconds);
  for(let s=0;s<=data.seconds;s+=ts){const x=margin+plot*s/data.seconds,half=20;g.fillText(clock(s),Math.min(x,w-half),H+13)}}
 function paint(){draw();rates()}
@@ -118,7 +120,8 @@ $('movie').onclick=()=>around(movie);$('evidence').onclick=()=>around(evidence.s
 if(!movie.length)$('movie').hidden=true;if(!evidence.length)$('evidence').hidden=true;
 $('file').textContent=data.file;$('facts').textContent=[size(data.size),data.seconds?clock(data.seconds):'',commas(data.boxes.length)+' boxes'].filter(Boolean).join('  ·  ');
 $('verdict').textContent=data.verdict;$('verdict').style.background='var(--'+data.kind+')';
-data.findings.slice(0,60).forEach(f=>{const n=document.createElement('li');n.textContent=f;$('findings').append(n)});
+data.findings.forEach(f=>{const n=document.createElement('li');n.textContent=f;$('findings').append(n)});
+if(data.moreFindings){const n=document.createElement('li');n.textContent='and '+commas(data.moreFindings)+' more';$('findings').append(n)}
 if(!data.findings.length)$('found').hidden=true;
 kinds.forEach(k=>{const n=document.createElement('span');n.className='soft';const i=document.createElement('i');i.style.background='var(--'+k+')';n.append(i,k);$('keys').append(n)});
 addEventListener('resize',paint);matchMedia('(prefers-color-scheme:dark)').addEventListener('change',paint);

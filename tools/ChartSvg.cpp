@@ -15,8 +15,7 @@ constexpr double kRow = 24;
 /// Boxes narrower than this are drawn together.
 constexpr double kNarrow = 2;
 constexpr int kDeepest = 12;
-constexpr std::size_t kMostFindings = 8;
-constexpr std::size_t kMostLanes = 12;
+constexpr std::size_t kFindingsShown = 8;
 
 std::string Fixed(double value) {
   char text[32];
@@ -233,7 +232,7 @@ class Picture {
 
   void Lanes(const Scale& scale) {
     y_ += 6;
-    for (std::size_t i = 0; i < std::min(data_.tracks.size(), kMostLanes); ++i) {
+    for (std::size_t i = 0; i < data_.tracks.size(); ++i) {
       const ChartTrack& track = data_.tracks[i];
       std::string label = std::to_string(track.id) + "  " + track.label;
       if (label.size() > 17) label = label.substr(0, 16) + "…";
@@ -261,9 +260,8 @@ class Picture {
       body_ += "'/>\n";
       y_ += 18;
     }
-    if (data_.tracks.size() > kMostLanes) {
-      Text(kLeft, y_ + 11, "and " + WithCommas(data_.tracks.size() - kMostLanes) + " more tracks",
-           "soft s");
+    if (data_.moreTracks > 0) {
+      Text(kLeft, y_ + 11, "and " + WithCommas(data_.moreTracks) + " more tracks", "soft s");
       y_ += 18;
     }
   }
@@ -335,6 +333,7 @@ class Picture {
     for (const ChartTrack& track : data_.tracks) {
       for (std::size_t i = 0; i < parts; ++i) sum[i] += track.rates[i];
     }
+    for (std::size_t i = 0; i < data_.moreRates.size(); ++i) sum[i] += data_.moreRates[i];
     const double most = *std::max_element(sum.begin(), sum.end());
     if (!(most > 0)) return;
     Heading("bit rate over time, most " + RateText(most));
@@ -347,7 +346,13 @@ class Picture {
                Fixed(y + 4) + "' text-anchor='end' class='soft s'>" + RateText(at) + "</text>\n";
     }
     std::vector<double> base(parts, 0);
-    for (std::size_t t = 0; t < data_.tracks.size(); ++t) Area(t, parts, most, kHeight, &base);
+    for (std::size_t t = 0; t < data_.tracks.size(); ++t) {
+      const ChartTrack& track = data_.tracks[t];
+      Area(track.rates, "t" + std::to_string(t % 6),
+           "track " + std::to_string(track.id) + ", " + track.label, most, kHeight, &base);
+    }
+    if (!data_.moreRates.empty())
+      Area(data_.moreRates, "rest", "more tracks", most, kHeight, &base);
     y_ += kHeight;
     const double seconds = StepFor(data_.seconds);
     for (double at = 0; at <= data_.seconds; at += seconds) {
@@ -358,35 +363,34 @@ class Picture {
     y_ += 40;
   }
 
-  void Area(std::size_t t, std::size_t parts, double most, double height,
-            std::vector<double>* base) {
-    const double width = (kRight - kLeft) / static_cast<double>(parts);
+  void Area(const std::vector<double>& rates, const std::string& colour, const std::string& title,
+            double most, double height, std::vector<double>* base) {
+    const double width = (kRight - kLeft) / static_cast<double>(rates.size());
     std::string up, down;
-    for (std::size_t i = 0; i < parts; ++i) {
+    for (std::size_t i = 0; i < rates.size(); ++i) {
       const double x = kLeft + width * static_cast<double>(i);
       const double below = y_ + height - (*base)[i] / most * height;
-      (*base)[i] += data_.tracks[t].rates[i];
+      (*base)[i] += rates[i];
       const double above = y_ + height - (*base)[i] / most * height;
       up += (i == 0 ? "M" : "L") + Fixed(x) + " " + Fixed(above) + "H" + Fixed(x + width);
       down = "L" + Fixed(x + width) + " " + Fixed(below) + "H" + Fixed(x) + down;
     }
-    body_ += "<path d='" + up + down + "Z' class='area t" + std::to_string(t % 6) + "'><title>" +
-             Escaped("track " + std::to_string(data_.tracks[t].id) + ", " + data_.tracks[t].label) +
+    body_ += "<path d='" + up + down + "Z' class='area " + colour + "'><title>" + Escaped(title) +
              "</title></path>\n";
   }
 
   void Findings() {
     if (data_.findings.empty()) return;
     Heading("what the verdict rests on, and what is wrong");
-    for (std::size_t i = 0; i < std::min(data_.findings.size(), kMostFindings); ++i) {
+    for (std::size_t i = 0; i < std::min(data_.findings.size(), kFindingsShown); ++i) {
       std::string text = data_.findings[i];
       if (text.size() > 165) text = text.substr(0, 162) + "...";
       Text(40, y_ + 12, text, "s");
       y_ += 18;
     }
-    if (data_.findings.size() > kMostFindings) {
-      Text(40, y_ + 12, "and " + WithCommas(data_.findings.size() - kMostFindings) + " more",
-           "soft s");
+    const std::size_t all = data_.findings.size() + data_.moreFindings;
+    if (all > kFindingsShown) {
+      Text(40, y_ + 12, "and " + WithCommas(all - kFindingsShown) + " more", "soft s");
       y_ += 18;
     }
     y_ += 12;
@@ -422,7 +426,7 @@ text{fill:var(--ink);font-size:13px}.h1{font-size:22px;font-weight:650}.h2{font-
 .index{fill:var(--index)}.protection{fill:var(--protection)}.space{fill:var(--space)}.other{fill:var(--other)}
 .bad{stroke:var(--warn);stroke-width:1.6}.evidence{stroke:var(--protected);stroke-width:1.6}
 .mark{fill:var(--protected)}.badmark{fill:var(--warn)}.lane{fill:var(--media);opacity:.6}.zoom{fill:var(--line);opacity:.45}
-.t0{fill:var(--t0)}.t1{fill:var(--t1)}.t2{fill:var(--t2)}.t3{fill:var(--t3)}.t4{fill:var(--t4)}.t5{fill:var(--t5)}.area{opacity:.85}
+.t0{fill:var(--t0)}.t1{fill:var(--t1)}.t2{fill:var(--t2)}.t3{fill:var(--t3)}.t4{fill:var(--t4)}.t5{fill:var(--t5)}.rest{fill:var(--soft)}.area{opacity:.85}
 )css" + "</style>\n<rect width='100%' height='100%' style='fill:var(--bg)'/>\n" +
            body_ + "</svg>\n";
   }

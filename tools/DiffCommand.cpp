@@ -2,12 +2,11 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <fstream>
 #include <map>
 #include <string>
-#include <vector>
+#include <unordered_map>
 
-#include "mp4judge/look.hpp"
+#include "tools/DiffSide.h"
 #include "tools/JudgeOptions.h"
 #include "tools/Output.h"
 #include "tools/Printable.h"
@@ -17,170 +16,165 @@ namespace tool {
 
 namespace {
 
-using mp4judge::Field;
-using mp4judge::Node;
-using mp4judge::Tree;
-
-/// One of the two files.
-struct Side {
-  std::string file;
-  Tree tree;
-  std::ifstream bytes;
-
-  explicit Side(const std::string& name)
-      : file(name), tree(Tree::OfPath(name.c_str())), bytes(name, std::ios::binary) {}
-};
-
-/// The last part of a path: type and, where it is written, ordinal.
-std::string KeyOf(const Node& node) { return node.path.substr(node.path.rfind('/') + 1); }
-
-bool IsMedia(const Node& node) {
-  return node.type == "mdat" || node.type == "imda" || node.type == "idat";
-}
-
-std::string SizeText(const Node& node) { return WithCommas(node.size) + " bytes"; }
+std::string SizeText(const DiffBox& box) { return WithCommas(box.size) + " bytes"; }
 
 class Comparison {
  public:
-  Comparison(Side* first, Side* second, Output* out) : first_(first), second_(second), out_(out) {}
+  Comparison(DiffSide* first, DiffSide* second, Output* out)
+      : first_(*first), second_(*second), out_(out), x_(kAtOnce), y_(kAtOnce) {}
 
-  void Compare(const std::vector<Node>& a, const std::vector<Node>& b) {
-    const std::map<std::string, const Node*> inA = ByKey(a), inB = ByKey(b);
-    for (const Node& node : a) {
-      const auto other = inB.find(KeyOf(node));
-      if (other == inB.end()) {
-        Say("- " + node.path + "  " + node.name + ", " + SizeText(node));
-      } else {
-        CompareBoxes(node, *other->second);
-      }
-    }
-    for (const Node& node : b) {
-      if (inA.count(KeyOf(node)) == 0) {
-        Say("+ " + node.path + "  " + node.name + ", " + SizeText(node));
-      }
-    }
-  }
-  void Say(const std::string& line) {
-    ++found_;
-    out_->Write(line + "\n");
+  void Go() {
+    const std::string a = first_.Verdict(), b = second_.Verdict();
+    if (a != b) Say("~ protection: " + a + " -> " + b);
+    CompareChildren(0, 0);
   }
   std::size_t Found() const { return found_; }
 
  private:
-  static std::map<std::string, const Node*> ByKey(const std::vector<Node>& nodes) {
-    std::map<std::string, const Node*> all;
-    for (const Node& node : nodes) all.emplace(KeyOf(node), &node);
-    return all;
+  using Places = std::unordered_map<std::string_view, std::size_t>;
+  static constexpr std::size_t kAtOnce = std::size_t{1} << 16;
+
+  void Say(const std::string& line) {
+    ++found_;
+    out_->Write(line + "\n");
+  }
+  void SayAlone(const char* mark, const DiffSide& side, std::size_t at) {
+    const DiffBox& box = side.Boxes()[at];
+    Say(mark + side.PathOf(at) + "  " + (box.name.empty() ? "" : box.name + ", ") + SizeText(box));
+  }
+  void SayChange(std::size_t a, const std::string& what) {
+    Say("~ " + first_.PathOf(a) + ": " + what);
   }
 
-  void CompareBoxes(const Node& a, const Node& b) {
+  static Places ChildrenOf(const DiffSide& side, std::size_t parent) {
+    Places places;
+    const std::vector<DiffBox>& boxes = side.Boxes();
+    for (std::size_t at = parent + 1; at < boxes[parent].behind; at = boxes[at].behind) {
+      places.emplace(boxes[at].key, at);
+    }
+    return places;
+  }
+
+  /// Boxes of one parent that have the same type and ordinal are the same box.
+  void CompareChildren(std::size_t a, std::size_t b) {
+    const std::vector<DiffBox>&inA = first_.Boxes(), &inB = second_.Boxes();
+    {
+      const Places others = ChildrenOf(second_, b);
+      for (std::size_t at = a + 1; at < inA[a].behind && !out_->Failed(); at = inA[at].behind) {
+        const auto other = others.find(inA[at].key);
+        if (other == others.end()) {
+          SayAlone("- ", first_, at);
+        } else {
+          CompareBoxes(at, other->second);
+        }
+      }
+    }
+    const Places known = ChildrenOf(first_, a);
+    for (std::size_t at = b + 1; at < inB[b].behind && !out_->Failed(); at = inB[at].behind) {
+      if (known.count(inB[at].key) == 0) SayAlone("+ ", second_, at);
+    }
+  }
+
+  void CompareBoxes(std::size_t a, std::size_t b) {
+    const DiffBox &inA = first_.Boxes()[a], &inB = second_.Boxes()[b];
     const std::size_t before = found_;
-    CompareFields(a, b);
-    CompareProblems(a, b);
-    if (IsMedia(a)) {
-      if (a.size != b.size) Say("~ " + a.path + ": " + SizeText(a) + " -> " + SizeText(b));
+    if (inA.fields != inB.fields) CompareFields(a, inA, inB);
+    if (inA.problem != inB.problem) {
+      SayFrom(a, "wrong is", OrNothing(inA.problem), OrNothing(inB.problem));
+    }
+    if (inA.IsMedia()) {
+      CompareSizes(a, inA, inB);
       return;
     }
-    Compare(a.children, b.children);
+    CompareChildren(a, b);
     // What the first rows of a table, or a box of no known fields, do not show.
-    if (found_ == before && a.children.empty() && b.children.empty()) CompareBytes(a, b);
+    const bool leaves = inA.behind == a + 1 && inB.behind == b + 1;
+    if (found_ == before && leaves) CompareBytes(a, inA, inB);
   }
 
-  void CompareFields(const Node& a, const Node& b) {
-    std::map<std::string, std::string> others;
-    for (const Field& field : b.fields) others[field.name] = field.text;
-    for (const Field& field : a.fields) {
-      const auto other = others.find(field.name);
-      const std::string text = other != others.end() ? other->second : "nothing";
-      if (text != field.text) SayField(a, field.name, field.text, text);
+  static std::string_view OrNothing(const std::string& text) {
+    return text.empty() ? std::string_view() : std::string_view(text);
+  }
+
+  void CompareFields(std::size_t at, const DiffBox& a, const DiffBox& b) {
+    std::map<std::string_view, std::string_view> others;
+    for (const auto& [name, value] : b.Fields()) others[name] = value;
+    for (const auto& [name, value] : a.Fields()) {
+      const auto other = others.find(name);
+      const std::string_view text = other != others.end() ? other->second : std::string_view();
+      if (other == others.end() || text != value) SayFrom(at, name, value, text);
       if (other != others.end()) others.erase(other);
     }
-    for (const auto& [name, text] : others) SayField(a, name, "nothing", text);
+    for (const auto& [name, value] : others) SayFrom(at, name, {}, value);
   }
 
-  void SayField(const Node& node, const std::string& name, const std::string& a,
-                const std::string& b) {
-    Say("~ " + node.path + ": " + name + " " + OneLine(a) + " -> " + OneLine(b));
-  }
-
-  void CompareProblems(const Node& a, const Node& b) {
-    if (a.problems == b.problems) return;
-    const auto text = [](const Node& node) {
-      return node.problems.empty() ? std::string("nothing") : OneLine(node.problems[0]);
+  void SayFrom(std::size_t at, std::string_view what, std::string_view a, std::string_view b) {
+    const auto text = [](std::string_view value) {
+      if (value.data() == nullptr) return std::string("nothing");
+      return value.empty() ? std::string("\"\"") : OneLine(std::string(value));
     };
-    Say("~ " + a.path + ": wrong is " + text(a) + " -> " + text(b));
+    SayChange(at, std::string(what) + " " + text(a) + " -> " + text(b));
   }
 
-  void CompareBytes(const Node& a, const Node& b) {
-    if (a.space != 0 || b.space != 0) {
-      if (a.size != b.size) Say("~ " + a.path + ": " + SizeText(a) + " -> " + SizeText(b));
-      return;
-    }
-    first_->bytes.clear();
-    second_->bytes.clear();
-    first_->bytes.seekg(static_cast<std::streamoff>(a.offset + a.headerSize));
-    second_->bytes.seekg(static_cast<std::streamoff>(b.offset + b.headerSize));
-    std::uint64_t left = std::min(a.present - std::min<std::uint64_t>(a.present, a.headerSize),
-                                  b.present - std::min<std::uint64_t>(b.present, b.headerSize));
-    std::uint64_t same = 0;
-    std::vector<char> x(1 << 16), y(1 << 16);
-    while (left > 0) {
-      const auto n = static_cast<std::size_t>(std::min<std::uint64_t>(left, x.size()));
-      if (!first_->bytes.read(x.data(), static_cast<std::streamsize>(n)) ||
-          !second_->bytes.read(y.data(), static_cast<std::streamsize>(n))) {
-        return;
-      }
-      const auto end = x.begin() + static_cast<std::ptrdiff_t>(n);
-      const auto at = std::mismatch(x.begin(), end, y.begin()).first;
-      same += static_cast<std::uint64_t>(at - x.begin());
-      if (at != end) {
-        Say("~ " + a.path + ": bytes differ from payload byte " + WithCommas(same) + " on");
-        return;
-      }
-      left -= n;
-    }
-    if (a.size != b.size) Say("~ " + a.path + ": " + SizeText(a) + " -> " + SizeText(b));
+  void CompareSizes(std::size_t at, const DiffBox& a, const DiffBox& b) {
+    if (a.size != b.size) SayChange(at, SizeText(a) + " -> " + SizeText(b));
   }
 
-  Side* first_;
-  Side* second_;
+  void CompareBytes(std::size_t at, const DiffBox& a, const DiffBox& b) {
+    // An inflated movie is not in the file as such.
+    if (a.space == 0 && b.space == 0) {
+      const std::uint64_t inA = a.present - std::min<std::uint64_t>(a.present, a.headerSize);
+      const std::uint64_t inB = b.present - std::min<std::uint64_t>(b.present, b.headerSize);
+      const std::uint64_t all = std::min(inA, inB);
+      for (std::uint64_t done = 0; done < all;) {
+        const auto n = static_cast<std::size_t>(std::min<std::uint64_t>(all - done, kAtOnce));
+        if (!first_.Read(a.offset + a.headerSize + done, &x_, n) ||
+            !second_.Read(b.offset + b.headerSize + done, &y_, n)) {
+          break;
+        }
+        const auto end = x_.begin() + static_cast<std::ptrdiff_t>(n);
+        const auto differs = std::mismatch(x_.begin(), end, y_.begin()).first;
+        if (differs != end) {
+          const auto same = done + static_cast<std::uint64_t>(differs - x_.begin());
+          SayChange(at, "bytes differ from payload byte " + WithCommas(same) + " on");
+          return;
+        }
+        done += n;
+      }
+    }
+    CompareSizes(at, a, b);
+  }
+
+  DiffSide& first_;
+  DiffSide& second_;
   Output* out_;
+  std::vector<char> x_, y_;
   std::size_t found_ = 0;
 };
-
-std::string VerdictOf(const std::string& file) {
-  mp4judge_options options = MP4JUDGE_OPTIONS_DEFAULT;
-  options.host_answer = 0;
-  mp4judge_report* const report = mp4judge_inspect_path(file.c_str(), &options);
-  std::string text = mp4judge_verdict_name(mp4judge_report_verdict(report));
-  for (std::size_t i = 0; i < mp4judge_report_scheme_count(report); ++i) {
-    text += (i == 0 ? " (" : ", ") + std::string(mp4judge_report_scheme(report, i));
-  }
-  if (mp4judge_report_scheme_count(report) > 0) text += ")";
-  mp4judge_report_free(report);
-  return text;
-}
 
 }  // namespace
 
 int RunDiff(const DiffOptions& options) {
   if (options.sandbox) ConfineToReading();
-  Side first(options.first), second(options.second);
+  DiffSide first(options.first), second(options.second);
   bool read = true;
-  for (const Side* side : {&first, &second}) {
-    read = CheckRead(side->file, side->tree.Error(), side->tree.SystemError()) && read;
+  for (const DiffSide* side : {&first, &second}) {
+    read = CheckRead(side->File(), side->Error(), side->SystemError()) && read;
   }
   if (!read) return kTrouble;
   Output out;
   Comparison comparison(&first, &second, &out);
-  const std::string a = VerdictOf(options.first), b = VerdictOf(options.second);
-  if (a != b) comparison.Say("~ protection: " + a + " -> " + b);
-  comparison.Compare(first.tree.Boxes(), second.tree.Boxes());
+  comparison.Go();
   if (!out.End()) return kTrouble;
-  if (!first.tree.Complete() || !second.tree.Complete()) {
-    std::fputs("mp4judge: not every box was compared\n", stderr);
-    return kTrouble;
+  bool complete = true;
+  for (const DiffSide* side : {&first, &second}) {
+    if (side->Complete()) continue;
+    complete = false;
+    std::fprintf(stderr,
+                 "mp4judge: %s: not every box was compared: they are too many, or nest too deep\n",
+                 Printable(side->File()).c_str());
   }
+  if (!complete) return kTrouble;
   return comparison.Found() == 0 ? 0 : 1;
 }
 

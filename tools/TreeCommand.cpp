@@ -103,8 +103,10 @@ int RunTree(const TreeOptions& options) {
     return kTrouble;
   }
   if (mp4judge_tree_complete(tree.get()) == 0) {
-    std::fprintf(stderr, "mp4judge: %s: not every box was listed; --most allows more\n",
-                 Printable(options.file).c_str());
+    std::fprintf(
+        stderr,
+        "mp4judge: %s: not every box was listed: they are more than --most, or nest too deep\n",
+        Printable(options.file).c_str());
     return kTrouble;
   }
   return kAllClear;

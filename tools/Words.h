@@ -43,8 +43,9 @@ constexpr Command kChart = {
     "Draws where things lie in a file, to scale: its boxes, the media of each track, what the "
     "verdict rests on, what is wrong, and the bit rate over time. The chart is one file that needs "
     "nothing else, light or dark as its reader's system is.",
-    "Exit status: 0, or 2 when the file could not be read as a whole or the chart not be "
-    "written.\n"};
+    "Exit status: 0, or 2 when the file could not be read as a whole, not everything was drawn, "
+    "or\n"
+    "the chart could not be written.\n"};
 constexpr Command kDiff = {
     "diff", "A B", "what differs between two files",
     "Prints what differs between two files in boxes, fields, tables and protection, a line each: "
