@@ -3,6 +3,9 @@
 #include <cstring>
 #include <memory>
 
+#include "tools/Outcome.h"
+#include "tools/Output.h"
+
 namespace tool {
 
 bool DiffBox::IsMedia() const {
@@ -81,11 +84,8 @@ std::string DiffSide::Verdict() const {
   options.host_answer = 0;
   mp4judge_report* const report = mp4judge_inspect_path(file_.c_str(), &options);
   std::string text = mp4judge_verdict_name(mp4judge_report_verdict(report));
-  const std::size_t schemes = mp4judge_report_scheme_count(report);
-  for (std::size_t i = 0; i < schemes; ++i) {
-    text += (i == 0 ? " (" : ", ") + std::string(mp4judge_report_scheme(report, i));
-  }
-  if (schemes > 0) text += ")";
+  const std::string by = ProtectedBy(report);
+  if (!by.empty()) text += " (" + OneLine(by) + ")";
   mp4judge_report_free(report);
   return text;
 }

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "tools/JudgeOptions.h"
+#include "tools/Outcome.h"
 #include "tools/Output.h"
 #include "tools/Printable.h"
 #include "tools/Sandbox.h"
@@ -186,16 +187,12 @@ void PrintTrack(const Json& track, Section* section) {
   for (const Json& edit : *edits) section->Line("edit", EditText(edit));
 }
 
-void PrintFile(const std::string& file, const Json& info, Output* out, Section* section) {
+void PrintFile(const std::string& file, const std::string& protectedBy, const Json& info,
+               Output* out, Section* section) {
   out->Bold(Printable(file));
   out->Write("\n");
   std::string verdict = Text(info, "verdict");
-  if (info.contains("schemes")) {
-    std::string schemes;
-    for (const Json& scheme : info.at("schemes"))
-      Append(&schemes, OneLine(scheme.get<std::string>()));
-    verdict += " (" + schemes + ")";
-  }
+  if (!protectedBy.empty()) verdict += " (" + protectedBy + ")";
   if (!Text(info, "reason").empty()) verdict += ": " + Text(info, "reason");
   section->Line("protection", verdict);
   section->Line("size", WithCommas(Count(info, "size")) + " bytes");
@@ -238,9 +235,10 @@ void PrintMetadata(const Json& info, Section* section) {
   }
 }
 
-void PrintInfo(const std::string& file, const Json& info, Output* out) {
+void PrintInfo(const std::string& file, const std::string& protectedBy, const Json& info,
+               Output* out) {
   Section section(out);
-  PrintFile(file, info, out, &section);
+  PrintFile(file, protectedBy, info, out, &section);
   const auto tracks = info.find("tracks");
   if (tracks != info.end()) {
     for (const Json& track : *tracks) PrintTrack(track, &section);
@@ -252,6 +250,16 @@ void PrintInfo(const std::string& file, const Json& info, Output* out) {
   for (const Json& problem : *problems) section.Warning(OneLine(problem.get<std::string>()));
 }
 
+/// In the words of a judgement.
+std::string ProtectionOf(const std::string& file) {
+  mp4judge_options options = MP4JUDGE_OPTIONS_DEFAULT;
+  options.host_answer = 0;
+  mp4judge_report* const report = mp4judge_inspect_path(file.c_str(), &options);
+  const std::string by = OneLine(ProtectedBy(report));
+  mp4judge_report_free(report);
+  return by;
+}
+
 }  // namespace
 
 int RunInfo(const InfoOptions& options) {
@@ -261,7 +269,9 @@ int RunInfo(const InfoOptions& options) {
   const char* const json = mp4judge_info_json(tree.get(), options.json ? 1 : 0);
   Output out;
   if (json != nullptr && options.json) out.Write(std::string(json) + "\n");
-  if (json != nullptr && !options.json) PrintInfo(options.file, Json::parse(json), &out);
+  if (json != nullptr && !options.json) {
+    PrintInfo(options.file, ProtectionOf(options.file), Json::parse(json), &out);
+  }
   if (!out.End()) return kTrouble;
   const bool read =
       CheckRead(options.file, mp4judge_tree_error(tree.get()), mp4judge_tree_errno(tree.get()));

@@ -87,25 +87,6 @@ void AddTrack(const mp4judge_report* report, std::size_t place, const mp4judge_t
   }
 }
 
-std::string ProtectedDetail(const mp4judge_report* report) {
-  ByScheme found;
-  for (std::size_t i = 0; i < mp4judge_report_track_count(report); ++i) {
-    const mp4judge_track* track = mp4judge_report_track(report, i);
-    if (track->is_protected != 0) AddTrack(report, i, *track, &found);
-  }
-  for (std::size_t i = 0; i < mp4judge_report_item_count(report); ++i) {
-    const mp4judge_item* item = mp4judge_report_item(report, i);
-    if (item->is_protected != 0) found.Add(TextOr(item->scheme, "unknown scheme"), "images");
-  }
-  std::string text = found.Text();
-  if (!text.empty()) return text;
-  // A media segment, or a container without tracks: its evidence names what was found.
-  const char* scheme = mp4judge_report_scheme(report, 0);
-  if (scheme != nullptr) return scheme;
-  const mp4judge_evidence* evidence = mp4judge_report_evidence(report, 0);
-  return evidence != nullptr ? TextOr(evidence->box_path, "") : "";
-}
-
 std::string Place(std::uint64_t offset) {
   return offset == MP4JUDGE_NO_OFFSET ? " in a compressed movie" : " at byte " + WithCommas(offset);
 }
@@ -148,7 +129,7 @@ Outcome FromReport(const mp4judge_report* report, const JudgeOptions& options) {
   Outcome outcome;
   outcome.verdict = mp4judge_report_verdict(report);
   const std::string reason = TextOr(mp4judge_report_reason(report), "");
-  if (outcome.verdict == MP4JUDGE_PROTECTED) outcome.detail = ProtectedDetail(report);
+  outcome.detail = ProtectedBy(report);
   if (outcome.verdict == MP4JUDGE_UNDETERMINED) {
     outcome.detail = reason.empty() ? "unknown" : reason;
     outcome.otherFormat = IsOtherFormat(reason);
@@ -179,6 +160,26 @@ const char* ColourOf(mp4judge_verdict verdict) {
 }
 
 }  // namespace
+
+std::string ProtectedBy(const mp4judge_report* report) {
+  if (mp4judge_report_verdict(report) != MP4JUDGE_PROTECTED) return {};
+  ByScheme found;
+  for (std::size_t i = 0; i < mp4judge_report_track_count(report); ++i) {
+    const mp4judge_track* track = mp4judge_report_track(report, i);
+    if (track->is_protected != 0) AddTrack(report, i, *track, &found);
+  }
+  for (std::size_t i = 0; i < mp4judge_report_item_count(report); ++i) {
+    const mp4judge_item* item = mp4judge_report_item(report, i);
+    if (item->is_protected != 0) found.Add(TextOr(item->scheme, "unknown scheme"), "images");
+  }
+  std::string text = found.Text();
+  if (!text.empty()) return text;
+  // A media segment, or a container without tracks: its evidence names what was found.
+  const char* scheme = mp4judge_report_scheme(report, 0);
+  if (scheme != nullptr) return scheme;
+  const mp4judge_evidence* evidence = mp4judge_report_evidence(report, 0);
+  return evidence != nullptr ? TextOr(evidence->box_path, "") : "";
+}
 
 Outcome JudgePath(const std::string& path, const JudgeOptions& options) {
   mp4judge_options asked = MP4JUDGE_OPTIONS_DEFAULT;

@@ -26,6 +26,9 @@ Outcome JudgePath(const std::string& path, const JudgeOptions& options);
 /// An outcome that needs no look at the file.
 Outcome Unjudged(const std::string& path, const std::string& reason, const JudgeOptions& options);
 
+/// "cenc: video, audio": by what the media of a protected file is protected; else empty.
+std::string ProtectedBy(const mp4judge_report* report);
+
 /// The line, or the lines, that tell it, separator included.
 std::string Tell(const std::string& path, const Outcome& outcome, const JudgeOptions& options,
                  bool colours);
