@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # The command line as a person meets it: check_tool.sh BUILD CASE
 set -euo pipefail
-build=$1
+build=$1 tests=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
@@ -184,6 +184,17 @@ case_chart() {
   run 2 chart clear.m4a -o missing/a.svg
   says err 'cannot be written'
   run 2 chart missing.m4a -o c.svg
+}
+
+# docs/chart.svg, which README shows, is what the tool makes of the film of tests/chart. After a change
+# of the picture that is meant: tests/chart/film.py film.mp4 && mp4judge chart film.mp4 -o docs/chart.svg
+case_picture() {
+  command -v python3 >/dev/null || return 0
+  python3 "$tests/chart/film.py" film.mp4
+  run 0 chart film.mp4 -o film.svg
+  cmp film.svg "$tests/../docs/chart.svg" || { echo "FAILED: docs/chart.svg is not this chart"; failed=1; }
+  run 1 film.mp4
+  same "film.mp4: protected (cenc: video, audio)"
 }
 
 # Few bytes that claim much, and very many boxes, cost what docs/limits.md allows: within the time of

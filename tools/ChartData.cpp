@@ -6,6 +6,7 @@
 #include <set>
 #include <string_view>
 
+#include "tools/Outcome.h"
 #include "tools/Output.h"
 
 namespace tool {
@@ -74,11 +75,8 @@ void ReadReport(const std::string& file, ChartData* data) {
   options.host_answer = 0;
   mp4judge_report* const report = mp4judge_inspect_path(file.c_str(), &options);
   data->verdict = data->verdictClass = mp4judge_verdict_name(mp4judge_report_verdict(report));
-  std::string schemes;
-  for (std::size_t i = 0; i < mp4judge_report_scheme_count(report); ++i) {
-    schemes += (i == 0 ? "" : ", ") + std::string(mp4judge_report_scheme(report, i));
-  }
-  if (!schemes.empty()) data->verdict += " (" + schemes + ")";
+  const std::string by = ProtectedBy(report);
+  if (!by.empty()) data->verdict += " (" + by + ")";
   const auto find = [data](std::string text) {
     if (data->findings.size() < kMostFindings) {
       data->findings.push_back(std::move(text));

@@ -41,7 +41,7 @@ struct ChartData {
   std::string file;
   std::uint64_t size = 0;
   double seconds = 0;
-  std::string verdict;                ///< "protected (cenc)"
+  std::string verdict;                ///< "protected (cenc: video)"
   std::string verdictClass;           ///< "clear", "protected" or "undetermined"
   std::vector<std::string> findings;  ///< evidence, reason, problems; a sentence each
   std::size_t moreFindings = 0;       ///< that are only counted

@@ -9,7 +9,7 @@ font:13px/1.45 system-ui,-apple-system,"Segoe UI",Roboto,sans-serif}
 main{max-width:1280px;margin:0 auto;padding:28px 32px}
 header{display:flex;align-items:center;justify-content:space-between;gap:24px}
 h1{font-size:22px;margin:0;overflow-wrap:anywhere}h2{font-size:13px;margin:24px 0 8px}
-.soft{color:var(--soft)}.badge{color:#fff;font-weight:600;padding:5px 14px;border-radius:99px;white-space:nowrap}
+.soft{color:var(--soft)}.badge{color:var(--badge);font-weight:600;padding:5px 14px;border-radius:99px;white-space:nowrap}
 .card{background:var(--card);border:1px solid var(--line);border-radius:10px;padding:12px}
 canvas{display:block;width:100%;touch-action:none}#map{cursor:grab}#map:active{cursor:grabbing}
 .bar{display:flex;gap:8px;align-items:center;margin-bottom:8px}.bar span{margin-left:auto}
@@ -39,9 +39,9 @@ const $=id=>document.getElementById(id),kinds=['movie','fragment','media','table
 const T=0,N=1,P=2,A=3,E=4,L=5,K=6,V=7,W=8,F=9;
 const commas=n=>Math.round(n).toLocaleString('en');
 const size=b=>{let u=0;while(b>=1000&&u<4){b/=1000;u++}return (b>=100||!u?Math.round(b):b.toFixed(1))+' '+['bytes','kB','MB','GB','TB'][u]};
-const clock=s=>{const i=Math.floor(s),p=n=>String(n).padStart(2,'0');
- return i>=3600?Math.floor(i/3600)+':'+p(Math.floor(i/60)%60)+':'+p(i%60):i>=10?Math.floor(i/60)+':'+p(i%60):s.toFixed(1)+' s'};
-const rate=b=>!b?'0':b>=1e6?(b/1e6).toFixed(1)+' Mbit/s':Math.round(b/1e3)+' kbit/s';
+const clock=(s,most)=>{const i=Math.floor(s),p=n=>String(n).padStart(2,'0');
+ return i>=3600?Math.floor(i/3600)+':'+p(Math.floor(i/60)%60)+':'+p(i%60):most>=10&&s?Math.floor(i/60)+':'+p(i%60):s?s.toFixed(1)+' s':'0'};
+const rate=b=>!b?'0':b>=1e6?(b/1e6).toFixed(1)+' Mbit/s':b>=1e3?(b/1e3).toFixed(b<1e4?1:0)+' kbit/s':Math.round(b)+' bit/s';
 const step=s=>{const p=Math.pow(10,Math.floor(Math.log10(s/6)));for(const f of [1,2,5])if(s/(f*p)<=8)return f*p;return 10*p};
 const rows=[];data.boxes.forEach(b=>(rows[b[L]]=rows[b[L]]||[]).push(b));
 let from=0,to=Math.max(data.size,1),css;const row=24,lane=18;
@@ -50,7 +50,8 @@ function canvas(c,h){const r=devicePixelRatio||1,w=c.clientWidth;c.style.height=
  const g=c.getContext('2d');g.setTransform(r,0,0,r,0,0);g.clearRect(0,0,w,h);g.font='11px system-ui,sans-serif';g.textBaseline='middle';return [g,w]}
 function first(list,at,key){let a=0,b=list.length;while(a<b){const m=(a+b)>>1;list[m][key]>at?b=m:a=m+1}return a}
 const weight=b=>b[V]||b[W]?3:b[K]==5?2:b[K]==2||b[K]==6?0:1;
-function box(g,x,y,w,b,many){g.fillStyle=colour(kinds[b[K]]);g.beginPath();
+function box(g,x,y,w,b,many){g.fillStyle=colour(kinds[b[K]]);
+ if(many&&!b[V]&&!b[W]){g.fillRect(x,y,w,row-2);return}g.beginPath();
  g.roundRect?g.roundRect(x,y,Math.max(w-.6,.7),row-2,Math.min(3,w/2)):g.rect(x,y,Math.max(w-.6,.7),row-2);g.fill();
  if(b[V]||b[W]){g.strokeStyle=colour(b[V]?'protected':'warn');g.lineWidth=1.5;g.stroke()}
  if(many||w<26)return;const left=Math.max(x,margin)+5,room=x+w-left-6,whole=b[N]?b[T]+'  '+b[N]:b[T];
@@ -65,7 +66,8 @@ function draw(){css=getComputedStyle(document.documentElement);hits=[];
    if(group&&x-group.x>3){out.push(group);group=null}
    if(!group)group={x,w:Math.max(e-x,1),b,n:1};else{group.n++;group.w=Math.max(e-group.x,1);if(weight(b)>weight(group.b))group.b=b}
    i++}
-  if(group)out.push(group);return out});
+  if(group)out.push(group);
+  out.forEach((s,k)=>{const t=out[k+1];if(s.n>1&&t&&t.n>1&&t.x-s.x-s.w<1.5)s.w=t.x-s.x});return out});
  let deep=shown.length;while(deep>1&&!shown[deep-1].some(s=>s.w>=3))deep--;
  deep=Math.min(deep,14);
  const h=34+deep*row+10+(data.tracks.length+(data.moreTracks?1:0))*lane,[g]=canvas($('map'),h);
@@ -74,6 +76,9 @@ function draw(){css=getComputedStyle(document.documentElement);hits=[];
   if(x-last>80){g.fillStyle=colour('soft');const t=size(o);const half=g.measureText(t).width/2;g.fillText(t,Math.min(Math.max(x,half),width-half),8);last=x}}
  g.textAlign='left';g.fillStyle=colour('soft');g.fillText('boxes',0,34+row/2);
  shown.slice(0,deep).forEach((list,d)=>list.forEach(s=>{const y=34+d*row;box(g,s.x,y,s.w,s.b,s.n>1);hits.push([s.x,y,Math.max(s.w,2),row,s])}));
+ shown.slice(0,deep).forEach((list,d)=>{let n=0,a=0,z=0;const put=()=>{const t=commas(n)+' boxes';
+  if(n>1&&z-a>g.measureText(t).width+14){g.fillStyle=colour('boxink');g.fillText(t,a+5,34+d*row+row/2-1)}n=0};
+  list.forEach(s=>{if(s.n<2||s.x-z>1.5)put();if(s.n<2)return;if(!n)a=s.x;n+=s.n;z=s.x+s.w});put()});
  let lastMark=-9;data.boxes.forEach(b=>{if(!(b[V]||b[W])||b[A]<from||b[A]>to)return;const x=X(b[A]);if(x-lastMark<5)return;lastMark=x;
   g.fillStyle=colour(b[V]?'protected':'warn');g.beginPath();g.moveTo(x-5,23);g.lineTo(x+5,23);g.lineTo(x,32);g.fill()});
  data.tracks.forEach((t,i)=>{const y=34+deep*row+10+i*lane;g.fillStyle=colour(t.protected?'protected':'soft');
@@ -92,9 +97,10 @@ function rates(){const n=data.tracks.length?data.tracks[0].rates.length:0,sum=Ar
  const H=150,[g,w]=canvas($('rate'),H+22),Y=v=>6+(H-6)*(1-v/most),plot=w-margin,st=step(most);
  for(let v=0;v<=most;v+=st){g.fillStyle=colour('line');g.fillRect(margin,Y(v),plot,1);g.fillStyle=colour('soft');g.textAlign='right';g.fillText(rate(v),margin-8,Y(v))}
  const base=Array(n).fill(0);shown.forEach(([c,rates])=>{g.fillStyle=colour(c);
-  rates.forEach((r,i)=>{const x=margin+plot*i/n,b=base[i];base[i]+=r;g.fillRect(x,Y(base[i]),plot/n+.3,Y(b)-Y(base[i]))})});
+  rates.forEach((r,i)=>{const x=Math.round(margin+plot*i/n),e=Math.round(margin+plot*(i+1)/n),b=base[i];base[i]+=r;
+   g.fillRect(x,Y(base[i]),e-x,Y(b)-Y(base[i]))})});
  g.fillStyle=colour('soft');g.textAlign='center';const ts=step(data.seconds);
- for(let s=0;s<=data.seconds;s+=ts){const x=margin+plot*s/data.seconds,half=20;g.fillText(clock(s),Math.min(x,w-half),H+13)}}
+ for(let s=0;s<=data.seconds;s+=ts){const x=margin+plot*s/data.seconds,half=20;g.fillText(clock(s,data.seconds),Math.min(x,w-half),H+13)}}
 function paint(){draw();rates()}
 function view(a,z){const least=Math.min(64,data.size||1);let n=Math.max(z-a,least);n=Math.min(n,Math.max(data.size,1));
  from=Math.min(Math.max(a,0),Math.max(data.size-n,0));to=from+n;draw()}
@@ -118,12 +124,14 @@ $('all').onclick=()=>view(0,data.size);
 const movie=data.boxes.filter(b=>!b[L]&&['moov','moof','meta'].includes(b[T])).slice(0,1),evidence=data.boxes.filter(b=>b[V]);
 $('movie').onclick=()=>around(movie);$('evidence').onclick=()=>around(evidence.slice(0,3));
 if(!movie.length)$('movie').hidden=true;if(!evidence.length)$('evidence').hidden=true;
-$('file').textContent=data.file;$('facts').textContent=[size(data.size),data.seconds?clock(data.seconds):'',commas(data.boxes.length)+' boxes'].filter(Boolean).join('  ·  ');
+$('file').textContent=data.file;$('facts').textContent=[size(data.size),data.seconds?clock(data.seconds,data.seconds):'',commas(data.boxes.length)+' boxes'].filter(Boolean).join('  ·  ');
 $('verdict').textContent=data.verdict;$('verdict').style.background='var(--'+data.kind+')';
 data.findings.forEach(f=>{const n=document.createElement('li');n.textContent=f;$('findings').append(n)});
 if(data.moreFindings){const n=document.createElement('li');n.textContent='and '+commas(data.moreFindings)+' more';$('findings').append(n)}
 if(!data.findings.length)$('found').hidden=true;
 kinds.forEach(k=>{const n=document.createElement('span');n.className='soft';const i=document.createElement('i');i.style.background='var(--'+k+')';n.append(i,k);$('keys').append(n)});
+[['evidence','protected'],['problem','warn']].forEach(([k,c])=>{const n=document.createElement('span');n.className='soft';const i=document.createElement('b');
+ i.textContent='\u25bc ';i.style.color='var(--'+c+')';n.append(i,k);$('keys').append(n)});
 addEventListener('resize',paint);matchMedia('(prefers-color-scheme:dark)').addEventListener('change',paint);
 if(location.hash=='#at=movie')setTimeout(()=>around(movie));if(location.hash=='#at=evidence')setTimeout(()=>around(evidence.slice(0,3)));
 paint();

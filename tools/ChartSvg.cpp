@@ -10,7 +10,7 @@ namespace tool {
 
 namespace {
 
-constexpr double kWidth = 1240, kLeft = 150, kRight = 1200;
+constexpr double kWidth = 1240, kLeft = 170, kRight = 1200;
 constexpr double kRow = 24;
 /// Boxes narrower than this are drawn together.
 constexpr double kNarrow = 2;
@@ -28,8 +28,10 @@ std::string RateText(double bits) {
   char text[64];
   if (bits >= 1e6) {
     std::snprintf(text, sizeof text, "%.1f Mbit/s", bits / 1e6);
+  } else if (bits >= 1e3) {
+    std::snprintf(text, sizeof text, bits < 1e4 ? "%.1f kbit/s" : "%.0f kbit/s", bits / 1e3);
   } else {
-    std::snprintf(text, sizeof text, "%.0f kbit/s", bits / 1e3);
+    std::snprintf(text, sizeof text, "%.0f bit/s", bits);
   }
   return text;
 }
@@ -44,15 +46,18 @@ std::string SizeText(double bytes) {
   return text;
 }
 
-std::string TimeText(double seconds) {
+/// A time on an axis that ends at `most`.
+std::string TimeText(double seconds, double most) {
   const auto all = static_cast<unsigned long>(std::clamp(seconds, 0.0, 1e9));
   char text[64];
   if (all >= 3600) {
     std::snprintf(text, sizeof text, "%lu:%02lu:%02lu", all / 3600, all / 60 % 60, all % 60);
-  } else if (all >= 10) {
+  } else if (most >= 10 && seconds > 0) {
     std::snprintf(text, sizeof text, "%lu:%02lu", all / 60, all % 60);
-  } else {
+  } else if (seconds > 0) {
     std::snprintf(text, sizeof text, "%.1f s", seconds);
+  } else {
+    return "0";
   }
   return text;
 }
@@ -105,10 +110,10 @@ class Picture {
   void Title() {
     Text(40, 48, data_.file, "h1");
     std::string line = SizeText(static_cast<double>(data_.size));
-    if (data_.seconds > 0) line += "  ·  " + TimeText(data_.seconds);
+    if (data_.seconds > 0) line += "  ·  " + TimeText(data_.seconds, data_.seconds);
     line += "  ·  " + WithCommas(data_.boxes.size()) + " boxes";
     Text(40, 72, line, "soft");
-    const double width = 22 + 7.4 * static_cast<double>(data_.verdict.size());
+    const double width = 30 + 7.4 * static_cast<double>(data_.verdict.size());
     body_ += "<rect x='" + Fixed(kRight - width) + "' y='28' width='" + Fixed(width) +
              "' height='28' rx='14' style='fill:var(--" + data_.verdictClass + ")'/>\n";
     body_ += "<text x='" + Fixed(kRight - width / 2) +
@@ -139,14 +144,16 @@ class Picture {
     y_ += 22;
   }
 
-  void Rect(double x0, double x1, const ChartBox& box, const std::string& title, bool named) {
-    const std::string classes = std::string("b ") + NameOf(box.kind) +
+  void Rect(double x0, double x1, const ChartBox& box, const std::string& title, bool named,
+            bool many = false) {
+    const bool plain = many && box.problem.empty() && !box.isEvidence;
+    const std::string classes = std::string(plain ? "" : "b ") + NameOf(box.kind) +
                                 (box.problem.empty() ? "" : " bad") +
                                 (box.isEvidence ? " evidence" : "");
     const double width = std::max(x1 - x0, 0.6);
     body_ += "<g><title>" + Escaped(title) + "</title><rect x='" + Fixed(x0) + "' y='" + Fixed(y_) +
-             "' width='" + Fixed(width) + "' height='" + Fixed(kRow - 2) + "' rx='2' class='" +
-             classes + "'/>";
+             "' width='" + Fixed(width) + "' height='" + Fixed(kRow - 2) +
+             (plain ? "' class='" : "' rx='2' class='") + classes + "'/>";
     const auto letters = static_cast<std::size_t>(std::max(0.0, (width - 8) / 6.4));
     if (named && letters >= 4) {
       std::string label = box.type;
@@ -193,13 +200,19 @@ class Picture {
       const double x0 = scale.X(box.offset), x1 = scale.X(box.end);
       if (x1 - x0 >= kNarrow) {
         Flush(&group);
+        EndBand();
         Rect(x0, x1, box, TitleOf(box), true);
       } else {
-        if (group.count > 0 && x0 - group.from > 3) Flush(&group);
+        if (group.count > 0 && x0 - group.from > 3) {
+          // Groups that adjoin are one band.
+          if (x0 - group.to < 1.5) group.to = x0;
+          Flush(&group);
+        }
         group.Add(box, x0, x1);
       }
     }
     Flush(&group);
+    EndBand();
     return true;
   }
 
@@ -224,10 +237,28 @@ class Picture {
     if (group->count == 1) {
       Rect(group->from, group->to, *group->best, TitleOf(*group->best), false);
     } else if (group->count > 1) {
+      if (group->from - band_.to > 0.01) EndBand();
+      if (band_.count == 0) band_.from = group->from;
+      band_.count += group->count;
+      band_.to = group->to;
       Rect(group->from, group->to, *group->best,
-           WithCommas(group->count) + " boxes, among them " + group->best->path, false);
+           WithCommas(group->count) + " boxes, among them " + group->best->path, false, true);
     }
     *group = Group();
+  }
+
+  /// Groups side by side, and the boxes in them.
+  struct Band {
+    std::size_t count = 0;
+    double from = 0, to = 0;
+  };
+  void EndBand() {
+    const std::string text = WithCommas(band_.count) + " boxes";
+    if (band_.count > 1 && band_.to - band_.from > 12 + 6.4 * static_cast<double>(text.size())) {
+      body_ += "<text x='" + Fixed(band_.from + 4) + "' y='" + Fixed(y_ + 15) + "' class='bt'>" +
+               text + "</text>\n";
+    }
+    band_ = Band();
   }
 
   void Lanes(const Scale& scale) {
@@ -358,7 +389,7 @@ class Picture {
     for (double at = 0; at <= data_.seconds; at += seconds) {
       const double x = kLeft + at / data_.seconds * (kRight - kLeft);
       body_ += "<text x='" + Fixed(x) + "' y='" + Fixed(y_ + 16) +
-               "' text-anchor='middle' class='soft s'>" + TimeText(at) + "</text>\n";
+               "' text-anchor='middle' class='soft s'>" + TimeText(at, data_.seconds) + "</text>\n";
     }
     y_ += 40;
   }
@@ -420,7 +451,7 @@ class Picture {
            Escaped(data_.file + ": " + data_.verdict) + "</title>\n<style>" + kChartColours +
            R"css(
 text{fill:var(--ink);font-size:13px}.h1{font-size:22px;font-weight:650}.h2{font-size:13px;font-weight:600}
-.soft{fill:var(--soft)}.s{font-size:11px}.badge{fill:#fff;font-size:13px;font-weight:600}.prot{fill:var(--protected)}
+.soft{fill:var(--soft)}.s{font-size:11px}.badge{fill:var(--badge);font-size:13px;font-weight:600}.prot{fill:var(--protected)}
 .tick,.grid{stroke:var(--line)}.b{stroke:var(--boxline);stroke-width:.6}.bt{font-size:11px;fill:var(--boxink);pointer-events:none}
 .movie{fill:var(--movie)}.fragment{fill:var(--fragment)}.media{fill:var(--media)}.table{fill:var(--table)}
 .index{fill:var(--index)}.protection{fill:var(--protection)}.space{fill:var(--space)}.other{fill:var(--other)}
@@ -435,6 +466,7 @@ text{fill:var(--ink);font-size:13px}.h1{font-size:22px;font-weight:650}.h2{font-
   std::string body_;
   double y_ = 0;
   bool enlarged_ = false;
+  Band band_;
 };
 
 }  // namespace
