@@ -21,17 +21,30 @@ const CachedSource::Piece* CachedSource::PieceWith(std::uint64_t offset) const {
   return nullptr;
 }
 
+/// How many reads in a row went forward by no more than `reach`, with one at `offset`.
+unsigned CachedSource::CountHop(std::uint64_t offset, std::uint64_t reach) {
+  const bool isShort = lastStep_ != 0 && offset >= lastBegin_ && offset < lastEnd_ + reach;
+  hops_ = isShort ? hops_ + 1 : 0;
+  lastBegin_ = offset;
+  return hops_;
+}
+
 std::size_t CachedSource::StepFor(std::uint64_t offset, std::size_t n) {
   std::size_t step = 0;
   switch (below_->Pace()) {
     case ReadPace::kExact:
       break;
-    case ReadPace::kSlow:
-      step = lastStep_ == 0 ? kFirstSlowRead : kNextSlowRead;
+    case ReadPace::kSlow: {
+      const bool growing = CountHop(offset, kLargestSlowRead) > kSlowHopsBeforeGrowing;
+      step = growing          ? std::min(lastStep_ * 2, kLargestSlowRead)
+             : lastStep_ == 0 ? kFirstSlowRead
+                              : kNextSlowRead;
       break;
+    }
     case ReadPace::kQuick: {
+      const bool growing = CountHop(offset, kLargestQuickRead) > kQuickHopsBeforeGrowing;
       const bool forward = lastStep_ != 0 && offset == lastEnd_;
-      step = forward ? std::min(lastStep_ * 2, kLargestQuickRead) : kFirstQuickRead;
+      step = growing || forward ? std::min(lastStep_ * 2, kLargestQuickRead) : kFirstQuickRead;
       break;
     }
   }

@@ -42,6 +42,7 @@ class CachedSource final : public ByteSource {
 
   const Piece* PieceWith(std::uint64_t offset) const;
   const Piece* Load(std::uint64_t offset, std::size_t n);
+  unsigned CountHop(std::uint64_t offset, std::uint64_t reach);
   std::size_t StepFor(std::uint64_t offset, std::size_t n);
   std::size_t ReadBelow(std::uint64_t offset, unsigned char* bytes, std::size_t n);
   void MakeRoom(std::size_t n);
@@ -50,8 +51,10 @@ class CachedSource final : public ByteSource {
   ByteSource* below_;
   std::deque<Piece> pieces_;  ///< oldest first
   std::size_t kept_ = 0;
-  std::uint64_t lastEnd_ = 0;  ///< end of the piece read last
+  std::uint64_t lastBegin_ = 0;  ///< of the piece read last
+  std::uint64_t lastEnd_ = 0;    ///< its end
   std::size_t lastStep_ = 0;
+  unsigned hops_ = 0;  ///< short ones in a row
   std::uint64_t reads_ = 0;
   std::uint64_t bytesRead_ = 0;
 };

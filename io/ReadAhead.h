@@ -14,4 +14,11 @@ constexpr std::size_t kNextSlowRead = std::size_t{16} << 10;
 constexpr std::size_t kFirstQuickRead = 1024;
 constexpr std::size_t kLargestQuickRead = std::size_t{16} << 10;
 
+/// Boxes in great numbers lie near each other, and are hopped over one by one: after so many short
+/// hops in a row each read takes twice as much as the last, up to the largest. The movie box of a
+/// film with two tracks has fewer.
+constexpr unsigned kQuickHopsBeforeGrowing = 16;
+constexpr unsigned kSlowHopsBeforeGrowing = 3;
+constexpr std::size_t kLargestSlowRead = std::size_t{64} << 10;
+
 }  // namespace mp4

@@ -31,6 +31,53 @@ TEST(CachedSource, ShowsBytesInPlaceAndReadsFew) {
   EXPECT_EQ(source.Reads(), 3u);
 }
 
+TEST(CachedSource, ManyShortHopsInARowReadMoreAndMore) {
+  const TempFile file(CountingFromZero(100000));
+  const auto below = mp4::FileSource::Open(file.path().c_str(), nullptr);
+  mp4::CachedSource source(below.get());
+  // The first read and 16 hops, then 2 KiB from 51,000, 4 KiB from 54,000, 8 KiB from 60,000.
+  const auto hopTo = [&](std::uint64_t last) {
+    for (std::uint64_t at = 0; at <= last; at += 3000) ASSERT_NE(source.View(at, 8), nullptr);
+  };
+  hopTo(48000);
+  EXPECT_EQ(source.Reads(), 17u);
+  EXPECT_EQ(source.BytesRead(), 17u * 1024);
+  hopTo(51000);
+  EXPECT_EQ(source.BytesRead(), 17u * 1024 + 2048);
+  hopTo(66000);
+  EXPECT_EQ(source.Reads(), 20u);
+  EXPECT_EQ(source.BytesRead(), 17u * 1024 + 2048 + 4096 + 8192);
+  // A way back ends it.
+  EXPECT_NE(source.View(1500, 8), nullptr);
+  EXPECT_NE(source.View(4500, 8), nullptr);
+  EXPECT_EQ(source.BytesRead(), 17u * 1024 + 2048 + 4096 + 8192 + 2 * 1024);
+}
+
+TEST(CachedSource, LongHopsReadLittle) {
+  const TempFile file(CountingFromZero(700000));
+  const auto below = mp4::FileSource::Open(file.path().c_str(), nullptr);
+  for (const std::uint64_t distance : {17407U, 17408U}) {
+    mp4::CachedSource source(below.get());
+    for (std::uint64_t i = 0; i < 30; ++i) ASSERT_NE(source.View(i * distance, 8), nullptr);
+    // 16 KiB behind a piece of 1 KiB is a long hop.
+    EXPECT_EQ(source.BytesRead() == 30u * 1024, distance == 17408);
+  }
+}
+
+TEST(CachedSource, ShortHopsOnASlowSourceReadMoreSooner) {
+  Caller caller{CountingFromZero(400000)};
+  mp4::CallbackSource below(Caller::Read, Caller::Size, &caller);
+  mp4::CachedSource source(&below);
+  for (const std::uint64_t at : {0U, 80000U, 110000U, 140000U})
+    EXPECT_NE(source.View(at, 8), nullptr);
+  EXPECT_EQ(source.BytesRead(), 69632u + 3 * 16384);
+  EXPECT_NE(source.View(170000, 8), nullptr);
+  EXPECT_EQ(source.BytesRead(), 69632u + 3 * 16384 + 32768);
+  EXPECT_NE(source.View(210000, 8), nullptr);
+  EXPECT_NE(source.View(300000, 8), nullptr);
+  EXPECT_EQ(source.BytesRead(), 69632u + 3 * 16384 + 32768 + 2 * 65536);
+}
+
 TEST(CachedSource, AViewHasAllItsBytesOrIsNull) {
   const Bytes bytes = CountingFromZero(100);
   const TempFile file(bytes);
