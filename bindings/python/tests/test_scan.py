@@ -8,6 +8,7 @@ import pathlib
 import re
 import subprocess
 import sys
+import types
 from typing import Any
 
 import boxes
@@ -39,6 +40,8 @@ def folder(tmp_path: pathlib.Path) -> pathlib.Path:
     return made
 
 
+COLUMNS = ["path", "verdict", "schemes", "reason", "host_answer", "tracks", "protected_tracks"]
+COLUMNS += ["evidence", "error", "report"]
 VERDICTS = ["clear", "protected", "protected", "undetermined"]
 
 
@@ -180,16 +183,67 @@ def test_wrong_options_are_refused(folder: pathlib.Path, tmp_path: pathlib.Path)
     assert not (tmp_path / "out").exists()
 
 
-def test_parquet_needs_its_module(folder: pathlib.Path, tmp_path: pathlib.Path) -> None:
-    try:
-        import pyarrow.parquet  # type: ignore[import]
-    except ImportError:
-        with pytest.raises(ImportError, match="pyarrow"):
-            mp4judge.scan(folder, tmp_path / "out", format="parquet")
-        assert not (tmp_path / "out").exists()
-        return
+def test_lines_hold_all_of_a_report(folder: pathlib.Path, tmp_path: pathlib.Path) -> None:
+    mp4judge.scan(folder, tmp_path / "out", partition_size=3)
+    parts = sorted((tmp_path / "out").glob("part-*"))
+    assert [part.name for part in parts] == ["part-000000.jsonl", "part-000001.jsonl"]
+    lines = [line for part in parts for line in part.read_text().splitlines()]
+    rows = [json.loads(line) for line in lines]
+    assert rows == list(mp4judge.read_rows(tmp_path / "out")) == mp4judge.scan(folder).compute()
+    assert [list(row) for row in rows] == [COLUMNS] * 4
+    for row in rows:
+        report = mp4judge.inspect(row["path"])
+        assert row["report"] == report.to_json()
+        assert mp4judge.Report.from_dict(json.loads(row["report"])) == report
+
+
+def test_parquet_needs_its_module(
+    folder: pathlib.Path, tmp_path: pathlib.Path, monkeypatch: pytest.MonkeyPatch
+) -> None:
+    missing: Any = None
+    monkeypatch.setitem(sys.modules, "pyarrow", missing)
+    with pytest.raises(ImportError, match="pyarrow"):
+        mp4judge.scan(folder, tmp_path / "out", format="parquet")
+    assert not (tmp_path / "out").exists()
+
+
+def test_parquet_gets_a_type_for_every_column(
+    folder: pathlib.Path, tmp_path: pathlib.Path, monkeypatch: pytest.MonkeyPatch
+) -> None:
+    """On a stand-in that keeps what it is given; the next test takes the real one."""
+
+    def write_table(table: Any, file: Any) -> None:
+        file.write(json.dumps(table).encode())
+
+    arrow, parquet = types.ModuleType("pyarrow"), types.ModuleType("pyarrow.parquet")
+    vars(arrow).update(
+        string=lambda: "text",
+        int64=lambda: "number",
+        list_=lambda kind: [kind],
+        schema=dict,
+        Table=types.SimpleNamespace(from_pylist=lambda rows, schema: [schema, rows]),
+        parquet=parquet,
+    )
+    vars(parquet).update(write_table=write_table)
+    monkeypatch.setitem(sys.modules, "pyarrow", arrow)
+    monkeypatch.setitem(sys.modules, "pyarrow.parquet", parquet)
+    name = os.fsdecode(os.fsencode(folder) + b"/caf\xe9.mp4")
+    os.rename(folder / "b.mp4", name)
     mp4judge.scan(folder, tmp_path / "out", format="parquet")
-    table = pyarrow.parquet.read_table(tmp_path / "out" / "part-000000.parquet")
+    schema, rows = json.loads((tmp_path / "out" / "part-000000.parquet").read_bytes())
+    kinds: dict[str, Any] = dict.fromkeys(COLUMNS, "text")
+    kinds.update(host_answer="number", tracks="number", protected_tracks="number", schemes=["text"])
+    assert schema == kinds
+    assert verdicts(rows) == VERDICTS
+    assert rows[1]["path"] == f"{folder}/caf\ufffd.mp4"
+    assert [list(row) for row in rows] == [COLUMNS] * 4
+
+
+def test_parquet_is_read_back(folder: pathlib.Path, tmp_path: pathlib.Path) -> None:
+    parquet = pytest.importorskip("pyarrow.parquet")
+    mp4judge.scan(folder, tmp_path / "out", format="parquet")
+    table = parquet.read_table(tmp_path / "out" / "part-000000.parquet")
+    assert table.column_names == COLUMNS
     assert table.column("verdict").to_pylist() == VERDICTS
 
 
