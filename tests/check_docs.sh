@@ -39,6 +39,9 @@ for page in "${pages[@]}"; do
     /^ *```/ {inside = !inside}
     before == "" && /^    [^ ]/ && !list && !inside {exit 1} {before = $0}' "$page" ||
     fail "$page has a block without backticks"
+  while read -r link; do
+    [[ -e $(dirname "$page")/${link%%#*} ]] || fail "$page links to $link"
+  done < <(grep -oE '\]\([A-Za-z.][^):]*\)' "$page" | sed 's/^](//; s/)$//')
   for block in "$blocks"/*; do
     [[ -e $block && $block != *.info ]] || continue
     echo "== $page ${block##*/}"

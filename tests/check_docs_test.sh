@@ -42,5 +42,6 @@ expect 1 "a program that does not judge the clip" <<<$'```c\nint main(void) { re
 expect 1 "a Python program that raises" <<<$'```python\nraise SystemExit(1)\n```'
 expect 1 "a language that nobody knows" <<<$'```fortran\nEND\n```'
 expect 1 "no reason for not running" <<<$'```sh norun\nfalse\n```'
+expect 1 "a link that leads nowhere" <<<'[there](none.md)'
 expect 1 "a block without backticks" <<<$'Like this:\n\n    true'
 exit $failed
