@@ -35,14 +35,14 @@ std::size_t CachedSource::StepFor(std::uint64_t offset, std::size_t n) {
     case ReadPace::kExact:
       break;
     case ReadPace::kSlow: {
-      const bool growing = CountHop(offset, kLargestSlowRead) > kSlowHopsBeforeGrowing;
+      const bool growing = CountHop(offset, kLongestSlowHop) > kSlowHopsBeforeGrowing;
       step = growing          ? std::min(lastStep_ * 2, kLargestSlowRead)
              : lastStep_ == 0 ? kFirstSlowRead
                               : kNextSlowRead;
       break;
     }
     case ReadPace::kQuick: {
-      const bool growing = CountHop(offset, kLargestQuickRead) > kQuickHopsBeforeGrowing;
+      const bool growing = CountHop(offset, kLongestQuickHop) > kQuickHopsBeforeGrowing;
       const bool forward = lastStep_ != 0 && offset == lastEnd_;
       step = growing || forward ? std::min(lastStep_ * 2, kLargestQuickRead) : kFirstQuickRead;
       break;

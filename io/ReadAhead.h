@@ -19,6 +19,9 @@ constexpr std::size_t kLargestQuickRead = std::size_t{16} << 10;
 /// film with two tracks has fewer.
 constexpr unsigned kQuickHopsBeforeGrowing = 16;
 constexpr unsigned kSlowHopsBeforeGrowing = 3;
+/// A hop over more than this is no short one: the largest read would hold too few boxes.
+constexpr std::size_t kLongestQuickHop = std::size_t{4} << 10;
+constexpr std::size_t kLongestSlowHop = std::size_t{32} << 10;
 constexpr std::size_t kLargestSlowRead = std::size_t{64} << 10;
 
 }  // namespace mp4
