@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Every project include stays in its room or goes to a lower floor, and never from one wing to the
-# other: check_includes.sh ROOT
+# Every project include stays in its room or goes to a lower floor, never from one wing to the other,
+# and from the top floor to public headers alone: check_includes.sh ROOT
 # docs/design.md has the table of floors.
 set -euo pipefail
 cd "$1"
@@ -11,6 +11,7 @@ declare -A floor=(
   [boxes/track]=4 [boxes/movie]=5 [boxes/fragments]=6 [demux]=7
   [iso]=2 [inspect]=7 [samples]=7
   [mp4judge]=8 [door]=9 [tools]=10 [bindings]=10)
+rooms="io codecs platform boxes demux iso inspect samples mp4judge door tools bindings"
 declare -A wing=([boxes]=host [demux]=host [iso]=people [inspect]=people [samples]=people)
 
 # room FILE-OR-HEADER: the room it stands in, in $room. Public headers are known as "mp4judge/...".
@@ -35,6 +36,8 @@ why_not() {
     fault="\"$header\" is outside the floors"
   elif [[ $from == mp4judge && $to != mp4judge ]]; then
     fault="a public header may not include \"$header\""
+  elif [[ ${floor[$from]} == 10 && $to != "$from" && $to != mp4judge ]]; then
+    fault="$from may include public headers alone, not \"$header\""
   elif [[ -n $from_wing && -n $to_wing && $from_wing != "$to_wing" ]]; then
     fault="the $from_wing's wing may not include \"$header\""
   elif [[ $from != "$to" ]] && ((${floor[$to]} >= ${floor[$from]})); then
@@ -46,9 +49,9 @@ why_not() {
 
 includes() {
   local folder
-  for folder in io codecs platform boxes demux iso inspect samples include door tools bindings; do
+  for folder in ${rooms/mp4judge/include}; do
     [[ ! -d $folder ]] ||
-      grep -rnE '^[[:space:]]*#[[:space:]]*include[[:space:]]*("|<mp4judge/)' "$folder" \
+      grep -rnE "^[[:space:]]*#[[:space:]]*include[[:space:]]*(\"|<(${rooms// /|})/)" "$folder" \
         --include='*.h' --include='*.c' --include='*.cpp' || true
   done
 }

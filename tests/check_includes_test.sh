@@ -38,6 +38,8 @@ accepts door demux/A.h
 accepts door inspect/A.h
 accepts tools mp4judge/A.h
 accepts bindings mp4judge/A.h
+accepts tools tools/A.h
+accepts bindings bindings/A.h
 probe tools "<mp4judge/A.h>" || { echo "FAILED: tools should reach <mp4judge/A.h>"; exit 1; }
 
 # Up, sideways, out of the house.
@@ -52,6 +54,7 @@ rejects boxes/base tests/A.h
 rejects boxes/base io/Missing.h
 rejects door mp4judge/Missing.h
 rejects io A.h
+rejects tools bindings/A.h
 ! probe io "<mp4judge/A.h>" || { echo "FAILED: io reached <mp4judge/A.h>"; exit 1; }
 
 # The rooms of the boxes go down as the floors do.
@@ -78,3 +81,10 @@ rejects iso boxes/base/A.h
 # Public headers stand alone.
 accepts include/mp4judge mp4judge/A.h
 rejects include/mp4judge io/A.h
+
+# The top floor goes through the door as users do: public headers alone, in quotes or brackets.
+for room in io codecs platform boxes/base demux iso inspect samples door; do
+  rejects tools "$room/A.h"
+  rejects bindings "$room/A.h"
+  ! probe tools "<$room/A.h>" || { echo "FAILED: tools reached <$room/A.h>"; exit 1; }
+done
