@@ -44,10 +44,10 @@ struct WalkEnd {
 /// of 0 is the rest of the container, where the standard allows it for the last box of a file
 /// alone.
 ///
-/// Starts with `consumed` bytes counted, ends when `size` is reached, the
-/// count exceeds `most`, a child fails, or the opening's account is spent. The caller skips what
-/// remains (most leave it all to the two functions below). `dispatch(const ChildHeader&)` returns a
-/// Child and may throw only bad_alloc.
+/// Starts with `consumed` bytes counted, ends when `size` is reached, the count exceeds `most`, a
+/// child fails, or the opening's account is spent. The caller skips what remains (most leave it all
+/// to the two functions below). `dispatch(const ChildHeader&)` returns a Child and may throw only
+/// bad_alloc.
 template <class Dispatch>
 WalkEnd WalkChildren(mmStreamReader* reader, long long size, long long consumed,
                      UnknownChild unknown, Dispatch&& dispatch, long long most = LLONG_MAX) {

@@ -93,7 +93,8 @@ class MP4JUDGE_API Mp4Context {
   /// First record with that ID, or null.
   TRACK* GetTrack(int id);
   /// Makes the first record with that ID current; an unknown ID changes nothing. After a repeated
-  /// ID the later track's boxes so fill the earlier record: hosts count on it.
+  /// ID the later track's boxes so fill the earlier record: hosts count on it. ISO/IEC 14496-12 has
+  /// no ID twice.
   void SetCurrentTrack(int id);
   /// Null when there is none.
   TRACK* GetCurrentTrack();

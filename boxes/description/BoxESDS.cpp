@@ -43,7 +43,8 @@ void Pass(mmStreamReader* reader, long long n, long long* consumed) {
 }
 
 /// A protected or MPEG-4 format hides what these streams really are. The host relies on it: an MP3
-/// track is not judged protected.
+/// track is not judged protected. In ISO/IEC 14496-12 the type of the entry stands, whatever the
+/// object type.
 void PublishFormat(unsigned int objectType, Track* track) {
   if (track == nullptr) return;
   switch (static_cast<int>(codec_get_id(ff_mp4_obj_type, objectType))) {

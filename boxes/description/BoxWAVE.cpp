@@ -26,8 +26,7 @@ void PassOverTwice(mmStreamReader* reader, long long size) {
 }
 
 /// Steps through the atom 8 bytes at a time, whatever sizes its children state; in the QuickTime
-/// format they lie one behind the other by their sizes. False when the
-/// opening's account refuses.
+/// format they lie one behind the other by their sizes. False when the opening's account refuses.
 bool Walk(mmStreamReader* reader, long long size, Track* track) {
   long long consumed = 0;
   while (consumed + 8 < size && mp4::Remaining(reader) > 0) {

@@ -62,6 +62,8 @@ void Publish(const ImageDescription& image, Track* track) {
   track->videoWidth = image.width;
   track->videoHeight = image.height;
   track->videoDepth = image.depth;
+  // Of repeated descriptions the first sets the format; in audio tracks the last does. Hosts rely
+  // on both.
   if (track->format == 0) track->format = image.format;
   std::memcpy(track->compressorName, image.compressorName, sizeof image.compressorName);
 }

@@ -6,7 +6,8 @@
 
 /// Track fragment header box "tfhd" (ISO/IEC 14496-12 TrackFragmentHeaderBox), inside "traf": the
 /// track a fragment belongs to and its defaults, each present when its bit says so. A fragment's
-/// start is never taken as the base of its offsets (bit 0x020000 has no effect).
+/// start is never taken as the base of its offsets: bit 0x020000, default-base-is-moof in the
+/// standard, has no effect.
 class MP4JUDGE_API BoxTFHD : public BoxBase {
  public:
   enum : std::uint32_t {

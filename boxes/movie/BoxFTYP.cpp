@@ -32,6 +32,8 @@ long long ReadCompatibleBrands(mmStreamReader* reader, long long size, Mp4Contex
 
 bool BoxFTYP::ReadData(mmStreamReader* reader, long long size, Mp4Context* context) {
   if (reader == nullptr || size < kFixedBytes + kBrandBytes || context == nullptr) return false;
+  // A known major brand decides by itself. In ISO/IEC 14496-12 a reader may go by any compatible
+  // brand that it knows.
   const bool known = context->SetMajorBrand(reader->GetLe32());
   context->SetMinorVersion(static_cast<int>(reader->GetBe32()));
   const long long consumed = known ? kFixedBytes : ReadCompatibleBrands(reader, size, context);

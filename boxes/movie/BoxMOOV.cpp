@@ -26,7 +26,8 @@ bool BoxMOOV::ReadData(mmStreamReader* reader, long long size, Mp4Context* conte
         return ReadChild(reader, child, context, &longestTrack);
       },
       total);
-  // The longest edited track, not the movie header, is how long the movie lasts.
+  // The longest edited track, not the movie header, is how long the movie lasts. In ISO/IEC
+  // 14496-12 the header has that duration itself.
   if (longestTrack > 0 && context != nullptr) context->SetDuration(longestTrack);
   if (end.consumed <= size) reader->Skip(mp4::WrapSub(size, end.consumed));
   return !end.failed && HasHeaderAndTracks();
@@ -58,6 +59,7 @@ mp4::Child BoxMOOV::ReadTrack(mmStreamReader* reader, const mp4::ChildHeader& ch
   const long long duration = track->editDuration;
   if (duration >= 1 && duration >= *longestTrack) *longestTrack = duration;
   const int id = track->GetTrackID();
+  // ISO/IEC 14496-12 has no track ID 0: such a track is dropped. Of one ID the last track stays.
   if (id != 0) tracks[id] = std::move(track);
   return read ? mp4::Child::kRead : mp4::Child::kFailed;
 }

@@ -53,9 +53,10 @@ bool BoxSTBL::ReadData(mmStreamReader* reader, long long size, Mp4Context* conte
 
 /// Gives every chunk of an audio track from the last sample-to-chunk run on an entry of its own. In
 /// ISO/IEC 14496-12 the last run holds for all of them.
+///
 /// The counts handed on are the published ones, already divided by the packet size, and publishing
-/// divides them again: hosts read the sequence that results. An opening's account bounds what
-/// many small tables can add to one long chunk list; where it refuses, nothing is added.
+/// divides them again: hosts read the sequence that results. An opening's account bounds what many
+/// small tables can add to one long chunk list; where it refuses, nothing is added.
 void BoxSTBL::CompleteAudioChunks(mmStreamReader* reader, Mp4Context* context) {
   const Mp4Context::TRACK* track = mp4::CurrentTrack(context);
   if (track == nullptr || sampleToChunkBox == nullptr) return;
