@@ -7,6 +7,7 @@
 #include "boxes/base/SampleRecords.h"
 #include "io/FourCC.h"
 #include "io/mmBufReader.h"
+#include "io/mmBuffer.h"
 #include "tests/Bytes.h"
 #include "tests/OneTrack.h"
 
@@ -19,6 +20,13 @@ template <class AnyBox>
 bool ReadPayload(AnyBox* box, const Bytes& payload, Mp4Context* context = nullptr) {
   mmBufReader reader(payload.data(), payload.size());
   return box->ReadData(&reader, static_cast<long long>(payload.size()), context);
+}
+
+/// Has a table's bytes claim all of the address space, so that memory is refused to what is
+/// appended.
+inline void FillAddressSpace(const mmBuffer* entries) {
+  auto* full = const_cast<mmBuffer*>(entries);
+  full->used = full->capacity = SIZE_MAX;
 }
 
 /// Version, flags and a count before the rows.

@@ -187,3 +187,13 @@ TEST(movaudiotags, KnowsNoBitsOfOtherCodecs) {
     EXPECT_EQ(0, av_get_bits_per_sample(static_cast<CodecID>(id))) << id;
   }
 }
+
+TEST(movaudiotags, FoldsEachByteByItself) {
+  const AVCodecTag table[] = {{static_cast<CodecID>(7), mp4::FourCC("abcd")},
+                              {static_cast<CodecID>(0), 0}};
+  EXPECT_EQ(7, codec_get_id(table, mp4::FourCC("ABCD")));
+  for (unsigned int bit = 0; bit < 32; ++bit) {
+    const bool isCase = bit % 8 == 5;
+    EXPECT_EQ(isCase ? 7 : 0, codec_get_id(table, mp4::FourCC("abcd") ^ 1U << bit)) << bit;
+  }
+}

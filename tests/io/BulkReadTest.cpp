@@ -240,3 +240,18 @@ TEST(BulkRead, NegativeArrayIsEmptyAndDoesNotMove) {
     EXPECT_EQ(reader.GetPos(), 2);
   });
 }
+
+TEST(BulkRead, ASmallTableHasRoomFor32Bytes) {
+  OnBothReaders(CountingFromOne(64), [](mmStreamReader& reader) {
+    const struct {
+      long long bytes;
+      std::size_t capacity;
+    } cases[] = {{-8, 32}, {0, 32}, {1, 32}, {31, 32}, {32, 32}, {33, 33}};
+    for (const auto& c : cases) {
+      std::unique_ptr<mmBuffer> entries;
+      reader.SetPos(8);
+      ASSERT_TRUE(mp4::ReadTable(&reader, c.bytes, 4, &entries));
+      EXPECT_EQ(entries->capacity, c.capacity) << c.bytes;
+    }
+  });
+}

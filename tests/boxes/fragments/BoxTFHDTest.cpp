@@ -110,4 +110,13 @@ TEST(BoxTFHD, FailsWithoutReaderOrWithNegativeSize) {
   EXPECT_FALSE(box.ReadData(&reader, -1, nullptr));
 }
 
+TEST(BoxTFHD, AnEmptyPayloadIsReadAndSteppedBackFrom) {
+  const Bytes bytes = Bytes().Byte(0).Be24(0).Be32(4);
+  mmBufReader reader(bytes.data(), bytes.size());
+  BoxTFHD box;
+  EXPECT_TRUE(box.ReadData(&reader, 0, nullptr));
+  EXPECT_EQ(box.track_ID, 4u);
+  EXPECT_EQ(reader.GetPos(), 0);
+}
+
 }  // namespace

@@ -218,3 +218,14 @@ TEST(BoxSTSS, AppendsBeyondTheFirstCapacity) {
   EXPECT_EQ(box.GetSampleIndexBeforeThis(5678), 5670u);
   EXPECT_EQ(box.GetSampleIndexBeforeThis(123), 120u);
 }
+
+TEST(BoxSTSS, StaysIntactUntilMemoryIsRefused) {
+  BoxSTSS box;
+  ASSERT_TRUE(ReadPayload(&box, StssPayload(2, {1, 31})));
+  box.AppendRAP(61);
+  EXPECT_TRUE(box.IsIntact());
+  FillAddressSpace(box.GetEntries());
+  EXPECT_EQ(box.AppendRAP(91), ~0U) << "all of the bytes that it claims";
+  EXPECT_FALSE(box.IsIntact());
+  EXPECT_EQ(box.GetEntryCount(), 3) << "nothing was added";
+}

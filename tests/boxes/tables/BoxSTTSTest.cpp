@@ -485,3 +485,26 @@ TEST(BoxSTTS, ReadingAgainReplacesTheTable) {
   EXPECT_EQ(box.GetPTS(5), 7);
   ExpectRuns(audio.track->timeToSampleTable, {{1, 7}});
 }
+
+TEST(BoxSTTS, DividesAgainWhileOnlyTheSamplesChange) {
+  OneTrack movie("soun", MP4_FILE_MODE_MOV);
+  Packetised(&movie, 2, 100);
+  BoxSTTS box;
+  // 10 / 2 = 5 samples; 10 / 100 = 0, and no later division changes that.
+  ASSERT_TRUE(ReadPayload(&box, SttsPayload({{10, 1}}), &movie.context));
+  // (5 + 1) / 2 = 3, (3 + 1) / 2 = 2, (2 + 1) / 2 = 1.
+  box.AppendTimes(7, 3);
+  EXPECT_EQ(box.GetTotalSamples(), 1);
+  EXPECT_EQ(movie.track->numSamples, 3) << "2 + 1, not divided";
+}
+
+TEST(BoxSTTS, DividesAgainWhileOnlyTheDurationChanges) {
+  OneTrack movie("soun", MP4_FILE_MODE_MOV);
+  Packetised(&movie, 2, 1);
+  BoxSTTS box;
+  // 3 / 2 = 1 sample, and (1 + 1) / 2 is 1 again; the duration is 3 / 1, then (1 + 1) / 1.
+  ASSERT_TRUE(ReadPayload(&box, SttsPayload({{3, 1}}), &movie.context));
+  box.AppendTimes(10, 2);
+  EXPECT_EQ(box.GetTotalSamples(), 1);
+  EXPECT_EQ(movie.track->duration, 12) << "2 + 10; after one step it was 3 + 10";
+}
