@@ -1,10 +1,10 @@
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <new>
 
 #include "door/LayoutJson.h"
 #include "door/MovieInfo.h"
+#include "door/Options.h"
 #include "door/TreeHandle.h"
 #include "door/TreeJson.h"
 #include "io/CallbackSource.h"
@@ -17,14 +17,6 @@ void mp4judge_tree::NoteTrouble(const mp4::ByteSource& read) {
   const bool memory = trouble.fault == mp4::SourceFault::kNoMemory;
   error = memory ? MP4JUDGE_ERROR_MEMORY : MP4JUDGE_ERROR_READ;
   systemError = memory ? ENOMEM : trouble.error;
-}
-
-mp4judge_tree_options mp4::WholeTreeOptions(const mp4judge_tree_options* given) {
-  mp4judge_tree_options whole = MP4JUDGE_TREE_OPTIONS_DEFAULT;
-  if (given == nullptr) return whole;
-  std::memcpy(&whole, given, std::min(given->size, sizeof whole));
-  whole.size = sizeof whole;
-  return whole;
 }
 
 namespace {

@@ -17,9 +17,3 @@ struct mp4judge_tree {
   /// Takes over what went wrong with the source since.
   void NoteTrouble(const mp4::ByteSource& read);
 };
-
-namespace mp4 {
-
-mp4judge_tree_options WholeTreeOptions(const mp4judge_tree_options* given);
-
-}  // namespace mp4

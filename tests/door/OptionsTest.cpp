@@ -42,3 +42,14 @@ TEST(Options, MembersOfLaterVersionsArePassedOver) {
   EXPECT_EQ(WholeOptions(&later.known).everything, 1);
   EXPECT_EQ(WholeOptions(&later.known).size, sizeof(mp4judge_options));
 }
+
+TEST(Options, OptionsOfATreeAreMadeWholeLikewise) {
+  EXPECT_EQ(mp4::WholeTreeOptions(nullptr).most_boxes, 200000u);
+  mp4judge_tree_options given = {offsetof(mp4judge_tree_options, most_boxes), 3, "moov", 7, 1};
+  const mp4judge_tree_options whole = mp4::WholeTreeOptions(&given);
+  EXPECT_EQ(whole.size, sizeof(mp4judge_tree_options));
+  EXPECT_EQ(whole.depth, 3);
+  EXPECT_STREQ(whole.path, "moov");
+  EXPECT_EQ(whole.most_boxes, 200000u) << "behind the size";
+  EXPECT_EQ(whole.indented, 0) << "likewise";
+}
