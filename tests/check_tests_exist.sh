@@ -5,11 +5,16 @@
 set -euo pipefail
 cd "$1"
 
+# What a suite cannot test, and what does instead. The library's own logging function is weak and
+# gives way to that of whoever links it, as the unit tests do; a program in C does the same.
+declare -A instead=([platform/ZR_Log.h]=tests/consumers/c/main.c)
+
 failed=0 seen=0
 while read -r header; do
   [[ -f ${header%.h}.cpp ]] || continue
   seen=$((seen + 1))
   name=$(basename "$header" .h)
+  [[ -z ${instead[$header]:-} || ! -f ${instead[$header]} ]] || continue
   found=
   while read -r suite; do
     [[ $suite != *"$name"* ]] && ! sed 's,//.*,,' "$header" | grep -qw "$suite" || found=$suite
@@ -18,7 +23,7 @@ while read -r header; do
   [[ -z $found ]] || continue
   echo "$header: no test of it in a file tests/**/${name}Test.cpp"
   failed=1
-done < <(for folder in io codecs boxes demux iso; do
+done < <(for folder in io codecs platform boxes demux iso inspect door; do
   [[ ! -d $folder ]] || find "$folder" -name '*.h'
 done | sort)
 

@@ -33,6 +33,15 @@ rejects ScaleTest.cpp 'TEST(Other, Scale) {'
 rejects OtherTest.cpp 'TEST(Scale, Weighs) {'
 rejects Scale.cpp 'TEST(Scale, Weighs) {'
 
+# Of one header a program is the test, as long as there is that program.
+mkdir -p "$tree"/{platform,tests/consumers/c}
+echo 'void ZRLogEx();' | tee "$tree"/platform/ZR_Log.{h,cpp} >"$tree/tests/consumers/c/main.c"
+accepts ScaleTest.cpp 'TEST(Scale, Weighs) {'
+rm "$tree/tests/consumers/c/main.c"
+! probe ScaleTest.cpp 'TEST(Scale, Weighs) {' || { echo "FAILED: the program is gone"; exit 1; }
+grep -q "^platform/ZR_Log.h:" "$tree/log" || { echo "FAILED: the header is not named"; exit 1; }
+rm "$tree"/platform/*
+
 # A header without a source has nothing to be missed, but a tree without headers was not checked.
 rm "$tree"/io/*
 touch "$tree/io/Only.h"
