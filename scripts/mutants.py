@@ -330,6 +330,8 @@ def main():
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--sample", type=int, help="changes to try, chosen at random")
     parser.add_argument("--seed", type=int, default=1, help="of that choice; the same choice each time")
+    parser.add_argument("--skip", type=int, default=0,
+                        help="changes of that choice that an earlier run has tried")
     parser.add_argument("--files", nargs="+", metavar="PATTERN")
     parser.add_argument("--at", nargs="+", metavar="FILE:LINE")
     parser.add_argument("--without", default="", metavar="FILTER", help="tests that are not run")
@@ -341,7 +343,7 @@ def main():
                         "build/test for one")
     args = parser.parse_args()
 
-    candidates = chosen(args)
+    candidates = chosen(args)[args.skip:]
     if args.list:
         for mutant in candidates[:args.sample]:
             print(describe(mutant))
@@ -356,7 +358,7 @@ def main():
         run([w for w in build.link if w != "CHANGED"], cwd=build.folder)
         tests.measure()
         text = {m.file: (ROOT / m.file).read_text() for m in candidates}
-        for mutant in candidates:
+        for done, mutant in enumerate(candidates, args.skip + 1):
             if args.sample and counts["tried"] == args.sample:
                 break
             if not build.make(mutant, text[mutant.file]):
@@ -371,8 +373,9 @@ def main():
                 counts["survived"] += 1
                 print(describe(mutant), flush=True)
             if counts["tried"] % 10 == 0:
-                print(f"{counts['tried']} tried, {counts['survived']} unnoticed, last {describe(mutant)}, "
-                      f"{time.monotonic() - started:.0f} s", file=sys.stderr, flush=True)
+                print(f"{counts['tried']} tried, {counts['survived']} unnoticed, {counts['equivalent']} "
+                      f"make no difference, {time.monotonic() - started:.0f} s; to go on: --skip {done}",
+                      file=sys.stderr, flush=True)
     counted = counts["tried"] - counts["equivalent"]
     print(f"{counts['tried']} changes (and {counts['broken']} that do not compile): "
           f"{counts['noticed']} noticed, {counts['equivalent']} known to make no difference, "
