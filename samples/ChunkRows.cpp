@@ -85,6 +85,7 @@ ChunkRows::Row ChunkRows::Next(const Row& row) const {
 
 void ChunkRows::Count(std::uint64_t entries, const PackingOf& packing, SampleProblems* problems) {
   packing_ = packing;
+  first_ = RowAt(0, 0, 0);
   entries_ = samples_ = 0;
   marks_.clear();
   marks_.reserve(rows_ / kRowsPerMark + 1);
@@ -121,7 +122,7 @@ ChunkRows::Row ChunkRows::Find(std::uint64_t value, std::uint64_t whole,
   }
 }
 
-ChunkRows::Row ChunkRows::FindSample(std::uint64_t sample) const {
+ChunkRows::Row ChunkRows::FindBySample(std::uint64_t sample) const {
   return Find(sample, samples_, [](std::uint64_t, std::uint64_t first) { return first; });
 }
 

@@ -58,14 +58,19 @@ class ChunkRows {
     return wide_ ? LoadBe64(offsets_.data() + chunk * 8) : LoadBe32(offsets_.data() + chunk * 4);
   }
 
+  /// Asks for the bytes of an offset.
+  void Foresee(std::uint64_t chunk) const {
+    __builtin_prefetch(offsets_.data() + chunk * (wide_ ? 8 : 4));
+  }
+
   /// The row that holds a sample below Samples(), and that of an entry below Entries().
-  Row FindSample(std::uint64_t sample) const;
+  Row FindSample(std::uint64_t sample) const { return rows_ == 1 ? first_ : FindBySample(sample); }
   Row FindEntry(std::uint64_t entry) const;
   /// The sample that holds an entry below Entries(), and the first entry of a sample.
   std::uint64_t SampleOf(std::uint64_t entry) const;
   std::uint64_t EntryOf(std::uint64_t sample) const;
   /// The first row, and the one behind another; Rows() as its index behind the last.
-  Row First() const { return RowAt(0, 0, 0); }
+  Row First() const { return first_; }
   Row Next(const Row& row) const;
 
  private:
@@ -75,6 +80,7 @@ class ChunkRows {
   };
   Row RowAt(std::size_t index, std::uint64_t entry, std::uint64_t sample) const;
   std::uint64_t SamplesOf(const Row& row) const;
+  Row FindBySample(std::uint64_t sample) const;
   template <class FirstOf>
   Row Find(std::uint64_t value, std::uint64_t whole, const FirstOf& first) const;
 
@@ -87,6 +93,7 @@ class ChunkRows {
   std::uint64_t samples_ = 0;
   PackingOf packing_;
   std::vector<Mark> marks_;
+  Row first_;
 };
 
 }  // namespace mp4

@@ -41,6 +41,19 @@ struct Description {
 /// Reads a child of "stsd".
 Description ReadDescription(BoxTree* tree, BoxId entry, std::uint32_t handler);
 
+/// What samples have of the description that they name.
+struct DescriptionSays {
+  bool elsewhere = false;
+  Told byDefault = Told::kUnknown;  ///< whether they are protected outside of any group
+};
+
+/// `index` counts from 1; nothing is known where there is no such description.
+inline DescriptionSays NamedBy(const std::vector<Description>& all, std::uint32_t index) {
+  if (index == 0 || index > all.size()) return {};
+  const Description& named = all[index - 1];
+  return {named.elsewhere, named.byDefault ? Told::kYes : Told::kNo};
+}
+
 /// How a constant size and decode deltas of 1 are to be read: QuickTime's sound tables count frames
 /// then, and the sample description tells what a packet is.
 Packing PackingOf(const Description& description, std::uint32_t tableSize);

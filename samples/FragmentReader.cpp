@@ -168,32 +168,10 @@ void FragmentReader::ReadTrackFragment(FieldView payload) {
   }
 }
 
-namespace {
-
-Told ToldBy(Guard guard, Told byDefault) {
-  switch (guard) {
-    case Guard::kClear:
-      return Told::kNo;
-    case Guard::kProtected:
-    case Guard::kUnreadable:
-      return Told::kYes;
-    case Guard::kNone:
-      break;
-  }
-  return byDefault;
-}
-
-}  // namespace
-
 /// What holds outside of groups, and the groups of this fragment.
 void FragmentReader::Guards(TrackFragment* traf) {
-  const std::vector<Description>& all = *traf->track->descriptions;
-  const std::uint32_t index = traf->description.value_or(0);
-  if (index >= 1 && index <= all.size()) {
-    traf->byDefault = all[index - 1].byDefault ? Told::kYes : Told::kNo;
-  } else if (traf->boxes.encryption) {
-    traf->byDefault = Told::kYes;
-  }
+  traf->byDefault = NamedBy(*traf->track->descriptions, traf->description.value_or(0)).byDefault;
+  if (traf->byDefault == Told::kUnknown && traf->boxes.encryption) traf->byDefault = Told::kYes;
   traf->same = traf->byDefault;
   const GuardDescriptions* movie = traf->track->movieGuards;
   const Boxes& boxes = traf->boxes;

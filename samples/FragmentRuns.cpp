@@ -17,6 +17,12 @@ constexpr std::size_t kLargestBlock = std::size_t{256} << 10;
 
 }  // namespace
 
+void FragmentExtra::Show(Sample* sample) const {
+  const std::uint64_t index = sample->number - 1 + shift;
+  if (guards != nullptr) sample->isProtected = ToldBy(guards->At(index), byDefault);
+  if (index < dependsCount) sample->depends = depends[index];
+}
+
 RunPlace FragmentRun::PlaceOf(std::uint64_t samples) const {
   const std::size_t width = Width();
   RunPlace place{rows, samples * size, samples * duration};
@@ -61,7 +67,7 @@ std::uint64_t FragmentRun::LastSync(std::uint64_t last) const {
     return isSync(firstTold, firstFlags) ? 1 : 0;
   }
   const std::size_t width = Width();
-  const std::size_t before = static_cast<std::size_t>(__builtin_popcount(fields & 3)) * 4;
+  const std::size_t before = WidthOf(fields & 3);
   for (std::uint64_t number = last + 1; number > 0; --number) {
     if (isSync(true, LoadBe32(rows + (number - 1) * width + before))) return number;
   }

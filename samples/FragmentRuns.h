@@ -5,6 +5,7 @@
 #include <memory>
 #include <vector>
 
+#include "io/ByteOrder.h"
 #include "io/LazyArray.h"
 #include "samples/GroupMap.h"
 #include "samples/Sample.h"
@@ -16,6 +17,21 @@ struct RunPlace {
   const unsigned char* rows = nullptr;
   std::uint64_t bytes = 0;     ///< of the samples in front of it
   std::uint64_t duration = 0;  ///< of the samples in front of it
+};
+
+/// What a run says of one sample.
+struct RunRow {
+  std::uint32_t duration = 0;
+  std::uint32_t size = 0;
+  std::uint32_t flags = 0;
+  std::int32_t offset = 0;  ///< composition time behind the decode time
+
+  /// Sets what flags tell, if they are told.
+  void ShowFlags(bool told, Sample* sample) const {
+    const bool notSync = (flags >> 16 & 1) != 0;
+    sample->sync = !told ? Told::kUnknown : notSync ? Told::kNo : Told::kYes;
+    sample->depends = static_cast<std::uint8_t>(flags >> 20);
+  }
 };
 
 /// A stretch of samples of one track run (TrackRunBox "trun", ISO/IEC 14496-12, 8.8.8): a run
@@ -46,7 +62,25 @@ struct FragmentRun {
   bool firstTold = false;  ///< whether firstFlags are told
   Told isProtected = Told::kUnknown;
 
-  std::size_t Width() const { return static_cast<std::size_t>(__builtin_popcount(fields)) * 4; }
+  std::size_t Width() const { return WidthOf(fields); }
+  /// Bytes of some fields: a call of the runtime would count the bits of them.
+  static std::size_t WidthOf(unsigned fields) {
+    constexpr std::uint64_t kFieldsOf = 0x4332322132212110;
+    return (kFieldsOf >> (fields * 4) & 15) * 4;
+  }
+  /// The row at `field`; what it does not tell is the same for all, of the first sample too.
+  RunRow RowAt(const unsigned char* field) const {
+    RunRow row{duration, size, flags, 0};
+    if ((fields & kDuration) != 0) row.duration = LoadBe32(field), field += 4;
+    if ((fields & kSize) != 0) row.size = LoadBe32(field), field += 4;
+    if ((fields & kFlags) != 0) row.flags = LoadBe32(field), field += 4;
+    if ((fields & kOffset) != 0) row.offset = static_cast<std::int32_t>(LoadBe32(field));
+    return row;
+  }
+  /// Sets what the flags of the first sample tell.
+  void ShowFirstFlags(Sample* first) const {
+    if ((fields & kFlags) == 0) RunRow{0, 0, firstFlags, 0}.ShowFlags(firstTold, first);
+  }
   /// Behind the first `samples`.
   RunPlace PlaceOf(std::uint64_t samples) const;
   /// Index of the last sample whose decode time is at or before `time`, which is not below the
@@ -63,6 +97,8 @@ struct FragmentExtra {
   const unsigned char* depends = nullptr;  ///< payload of "sdtp"
   std::uint64_t dependsCount = 0;
   Told byDefault = Told::kUnknown;  ///< outside of any group
+
+  void Show(Sample* sample) const;
 };
 
 constexpr std::uint32_t kRunRows = 128;

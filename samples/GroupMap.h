@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "iso/FieldView.h"
+#include "samples/Sample.h"
 
 namespace mp4 {
 
@@ -14,6 +15,12 @@ enum class Guard : std::uint8_t {
   kProtected,  ///< in a group that is protected
   kUnreadable  ///< in a group that cannot be read: never taken for clear
 };
+
+/// Whether a sample is protected, by its group or else by the default of its description.
+inline Told ToldBy(Guard guard, Told byDefault) {
+  if (guard == Guard::kNone) return byDefault;
+  return guard == Guard::kClear ? Told::kNo : Told::kYes;
+}
 
 /// SampleGroupDescriptionBox ("sgpd", ISO/IEC 14496-12, 8.9.3) of grouping type "seig", reduced to
 /// whether its entries are protected.

@@ -93,8 +93,7 @@ FragmentTrack* Movie::TrackOf(std::uint32_t id) {
     byId_.emplace(id, track);
     track->problems_.Note(SampleFault::kUnknownTrack, FourCC("tfhd"));
   }
-  track->LoadTables();
-  return &track->fragments_;
+  return track->Fragments();
 }
 
 void Movie::ReadFragments() {

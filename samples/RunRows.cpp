@@ -1,5 +1,7 @@
 #include "samples/RunRows.h"
 
+#include <algorithm>
+
 namespace mp4 {
 
 void RunRows::Load(BoxTree* tree, BoxId box, SampleProblems* problems) {
@@ -9,17 +11,31 @@ void RunRows::Load(BoxTree* tree, BoxId box, SampleProblems* problems) {
   lastValue_ = last > 0 ? ValueOf(last - 1) : 0;
 }
 
+/// Whether the rows of the mark that stands at a row have the same count: then a sample's row comes
+/// from a division.
+bool RunRows::IsEven(std::size_t row) const {
+  const std::uint32_t count = CountOf(row);
+  const std::size_t end = std::min(row + kRowsPerMark, rows_);
+  while (row < end && CountOf(row) == count) ++row;
+  return row == end && count != 0;
+}
+
 void RunRows::MakeAllMarks() {
   marks_.reserve(rows_ / kRowsPerMark + 1);
   std::uint64_t first = 0;
   std::uint64_t total = 0;
   for (std::size_t row = 0; row < rows_; ++row) {
-    if (row % kRowsPerMark == 0) marks_.push_back({first, total});
+    if (row % kRowsPerMark == 0) {
+      Mark& mark = marks_.emplace_back();
+      mark.first = first & kMostSamples;
+      mark.even = IsEven(row);
+      mark.total = total;
+    }
     const std::uint64_t count = CountOf(row);
     first += count;
     total += count * ValueOf(row);
   }
-  if (marks_.empty()) marks_.push_back({0, 0});
+  if (marks_.empty()) marks_.emplace_back();
   end_ = {rows_, first, total};
   marksPerSample_ = PlacesPer(first, marks_.size());
   marksPerTotal_ = PlacesPer(total, marks_.size());
@@ -33,17 +49,26 @@ RunRows::Place RunRows::End() {
 template <bool kTotal>
 RunRows::Place RunRows::FindRow(std::uint64_t index) {
   MakeMarks();
-  if (rows_ == 1) return index < end_.first ? Place{} : end_;
+  if (index >= end_.first) return end_;
+  if (rows_ == 1) return {};
+  if (index - found_.first < foundCount_) return found_;
   const std::size_t mark =
       LastNotAbove(marks_.size(), GuessPlace(index, marksPerSample_, marks_.size()), index,
                    [this](std::size_t i) { return marks_[i].first; });
   Place place{mark * kRowsPerMark, marks_[mark].first, marks_[mark].total};
   const unsigned char* row = bytes_.data() + place.row * kWidth;
-  for (; place.row < rows_; ++place.row, row += kWidth) {
-    const std::uint64_t count = LoadBe32(row);
-    if (index - place.first < count) break;
+  std::uint64_t count = LoadBe32(row);
+  if (!kTotal && marks_[mark].even) {
+    const std::uint64_t rows = count == 1 ? index - place.first : (index - place.first) / count;
+    place.row += static_cast<std::size_t>(rows);
+    place.first += rows * count;
+    return place;
+  }
+  while (index - place.first >= count) {
     place.first += count;
     if constexpr (kTotal) place.total += count * LoadBe32(row + 4);
+    ++place.row;
+    count = LoadBe32(row += kWidth);
   }
   return place;
 }
@@ -54,6 +79,7 @@ RunRows::Place RunRows::FindWithoutTotal(std::uint64_t index) { return FindRow<f
 
 RunRows::Place RunRows::FindTotal(std::uint64_t total) {
   MakeMarks();
+  if (rows_ == 1) return total < end_.total ? Place{} : end_;
   const std::size_t mark =
       LastNotAbove(marks_.size(), GuessPlace(total, marksPerTotal_, marks_.size()), total,
                    [this](std::size_t i) { return marks_[i].total; });
@@ -65,7 +91,10 @@ RunRows::Place RunRows::FindTotal(std::uint64_t total) {
     place.first += count;
     place.total += count * ValueOf(place.row);
   }
-  return place.row == rows_ && place.total <= total ? place : found;
+  if (place.row == rows_ && place.total <= total) return place;
+  found_ = found;
+  foundCount_ = CountOf(found.row);
+  return found;
 }
 
 RunCursor CursorAt(RunRows* rows, std::uint64_t index, std::uint32_t past, std::uint64_t* sum) {

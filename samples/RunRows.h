@@ -41,26 +41,36 @@ class RunRows {
   /// For times: the row in which the total passes `total`: the last one that begins with samples at
   /// or below it.
   Place FindTotal(std::uint64_t total);
+  /// The value at a place, `past` behind the last row.
+  std::uint32_t ValueAt(const Place& place, std::uint32_t past) const {
+    return place.row < rows_ ? ValueOf(place.row) : past;
+  }
   /// Behind the last row.
   Place End();
   /// Asks for the bytes that Find will probably look at.
   void Foresee(std::uint64_t index) const {
     if (rows_ <= kRowsPerMark || marks_.empty()) return;
     const std::size_t mark = GuessPlace(index, marksPerSample_, marks_.size());
+    const unsigned char* rows = bytes_.data() + mark * kRowsPerMark * kWidth;
     __builtin_prefetch(&marks_[mark]);
-    __builtin_prefetch(bytes_.data() + mark * kRowsPerMark * kWidth);
-    __builtin_prefetch(bytes_.data() + mark * kRowsPerMark * kWidth + 64);
+    __builtin_prefetch(rows);
+    __builtin_prefetch(rows + kRowsPerMark * kWidth / 2);
+    __builtin_prefetch(rows + kRowsPerMark * kWidth - 1);
   }
 
  private:
+  /// More than any table has: a row has eight bytes, and counts 2^32 at most.
+  static constexpr std::uint64_t kMostSamples = ~std::uint64_t{0} >> 1;
   struct Mark {
-    std::uint64_t first;
+    std::uint64_t first : 63;
+    std::uint64_t even : 1;  ///< whether its rows have the same count, which is not 0
     std::uint64_t total;
   };
   void MakeMarks() {
     if (marks_.empty()) MakeAllMarks();
   }
   void MakeAllMarks();
+  bool IsEven(std::size_t row) const;
   template <bool kTotal>
   Place FindRow(std::uint64_t index);
 
@@ -71,6 +81,9 @@ class RunRows {
   double marksPerSample_ = 0;
   double marksPerTotal_ = 0;
   Place end_;
+  /// What FindTotal found: who asks for a time mostly asks for its sample next.
+  Place found_;
+  std::uint64_t foundCount_ = 0;
 };
 
 /// Walks forward over the values of run rows.

@@ -1,27 +1,28 @@
 #include "samples/SampleCursor.h"
 
 #include <algorithm>
+#include <cstring>
 
+#include "samples/Place.h"
 #include "samples/Track.h"
 
 namespace mp4 {
 
 namespace {
 
-/// Offsets from here on are outside of every source, and no sum over a chunk wraps below it.
-constexpr std::uint64_t kFarOutside = std::uint64_t{1} << 63;
-
-std::uint64_t EntriesOf(const ChunkRows& chunks, std::uint64_t firstEntry, std::uint32_t perChunk) {
-  return std::min<std::uint64_t>(perChunk, chunks.Entries() - firstEntry);
-}
+/// Taken at once; so many sizes of 32 bits do not wrap an offset.
+constexpr std::size_t kMostAtOnce = 128;
 
 std::uint64_t Packets(std::uint64_t entries, std::uint32_t frames) {
+  if (frames == 1) return entries;
   return entries / frames + (entries % frames != 0 ? 1 : 0);
 }
 
-Told ProtectedBy(Guard guard, Told byDefault) {
-  if (guard == Guard::kNone) return byDefault;
-  return guard == Guard::kClear ? Told::kNo : Told::kYes;
+/// Copies the members from `description` on, which a chunk or run sets for all its samples.
+void CopySame(const Sample& same, Sample* sample) {
+  constexpr std::size_t kFrom = offsetof(Sample, description);
+  std::memcpy(reinterpret_cast<char*>(sample) + kFrom, reinterpret_cast<const char*>(&same) + kFrom,
+              sizeof(Sample) - kFrom);
 }
 
 }  // namespace
@@ -29,24 +30,23 @@ Told ProtectedBy(Guard guard, Told byDefault) {
 SampleCursor::SampleCursor(Track* track) : track_(track) {
   track->Prepare();
   tables_ = &track->tables_;
-  sizes_ = &tables_->sizes;
   runs_ = &track->fragments_.runs;
   tableSamples_ = track->TableSamples();
   fileSize_ = track->FileSize();
-  sizeBytes_ = sizes_->Bytes();
+  lookAtEach_ = tables_->depends.size() > 0 || tables_->partialSync.IsThere();
   Seek(1);
 }
 
 bool SampleCursor::Seek(std::uint64_t number) {
+  next_ = taken_ = 0;
   left_ = 0;
   if (number == 0 || number > tableSamples_ + runs_->samples) {
-    number_ = tableSamples_ + runs_->samples;
     inRun_ = true;
     nextRun_ = runs_->runs.size();
     return false;
   }
   const std::uint64_t sample = number - 1;
-  number_ = sample;
+  same_.number = sample;
   inRun_ = sample >= tableSamples_;
   if (inRun_) {
     const std::size_t run = runs_->Find(sample);
@@ -54,34 +54,54 @@ bool SampleCursor::Seek(std::uint64_t number) {
     return true;
   }
   const ChunkRows& chunks = tables_->chunks;
-  if (!chunks.Packs()) Foresee(sample);
   row_ = chunks.FindSample(sample);
-  const std::uint64_t perChunk = Packets(row_.perChunk, chunks.PackingFor(row_.description).frames);
+  EnterRow();
+  const std::uint64_t perChunk = Packets(row_.perChunk, packFrames_);
   const std::uint64_t chunk = (sample - row_.firstSample) / perChunk;
   chunk_ = row_.firstChunk + chunk;
   entry_ = row_.firstEntry + chunk * row_.perChunk;
+  guardChange_ = 0;
   EnterChunk((sample - row_.firstSample) % perChunk);
   SetTables(entry_);
   return true;
 }
 
-/// Asks for what the tables have of an entry, so that the waits for memory overlap.
-void SampleCursor::Foresee(std::uint64_t entry) const {
-  if (sizes_->Kind() == SizeRows::Width::k32) __builtin_prefetch(sizeBytes_ + entry * 4);
-  tables_->times.Foresee(entry);
-  tables_->offsets.Foresee(entry);
+bool SampleCursor::TakeSome() {
+  next_ = 0;
+  taken_ = static_cast<std::uint32_t>(Take(some_, kSome));
+  return taken_ != 0;
 }
 
 std::size_t SampleCursor::Next(Sample* samples, std::size_t most) {
   std::size_t n = 0;
-  while (n < most && Next(samples + n)) ++n;
-  return n;
+  while (n < most && next_ != taken_) samples[n++] = some_[next_++];
+  return n + Take(samples + n, most - n);
+}
+
+std::size_t SampleCursor::Take(Sample* samples, std::size_t most) {
+  std::size_t taken = 0;
+  while (taken < most && (left_ != 0 || NextStretch())) {
+    const auto n = static_cast<std::size_t>(
+        std::min<std::uint64_t>(left_, std::min(most - taken, kMostAtOnce)));
+    Sample* const some = samples + taken;
+    if (inRun_) {
+      TakeRows(some, n);
+    } else if (packFrames_ == 1) {
+      TakeEntries(some, n);
+    } else {
+      TakePackets(some, n);
+    }
+    if (offset_ > fileSize_ && !same_.outside) MarkOutside(some, n);
+    left_ -= n;
+    taken += n;
+  }
+  return taken;
 }
 
 /// Goes to the next chunk or run that has samples.
 bool SampleCursor::NextStretch() {
   if (!inRun_) {
-    if (number_ < tableSamples_ && NextChunk()) return true;
+    if (same_.number < tableSamples_ && NextChunk()) return true;
     inRun_ = true;
     nextRun_ = 0;
   }
@@ -96,43 +116,52 @@ bool SampleCursor::NextChunk() {
     if (row_.index >= chunks.Rows()) return false;
     row_ = chunks.Next(row_);
     chunk_ = row_.firstChunk;
+    EnterRow();
   }
   EnterChunk(0);
   return true;
 }
 
+/// Takes what all chunks of `row_` have.
+void SampleCursor::EnterRow() {
+  const Packing packing = tables_->chunks.PackingFor(row_.description);
+  packFrames_ = packing.frames;
+  width_ = packing.bytes != 0 ? SizeRows::Width::kConstant : tables_->sizes.Kind();
+  constantSize_ = packing.bytes != 0 ? packing.bytes : tables_->sizes.Constant();
+  const DescriptionSays says = NamedBy(track_->Info().descriptions, row_.description);
+  byDefault_ = says.byDefault;
+  guardChange_ = 0;
+  same_.description = row_.description;
+  same_.elsewhere = says.elsewhere;
+  same_.fragment = 0;
+  same_.depends = 0;
+  same_.sync = tables_->sync.IsThere() ? Told::kNo : Told::kYes;
+}
+
 /// Begins at a sample of the chunk `chunk_`, whose first entry is `entry_`.
 void SampleCursor::EnterChunk(std::uint64_t samplesPassed) {
-  const ChunkRows& chunks = tables_->chunks;
-  const std::uint64_t entries = EntriesOf(chunks, entry_, row_.perChunk);
-  const Packing packing = chunks.PackingFor(row_.description);
-  packFrames_ = packing.frames;
-  width_ = packing.bytes != 0 ? SizeRows::Width::kConstant : sizes_->Kind();
-  constantSize_ = packing.bytes != 0 ? packing.bytes : sizes_->Constant();
+  const std::uint64_t entries =
+      std::min<std::uint64_t>(row_.perChunk, tables_->chunks.Entries() - entry_);
   left_ = Packets(entries, packFrames_) - samplesPassed;
   const std::uint64_t passed = samplesPassed * packFrames_;
   entriesLeft_ = entries - passed;
-  offset_ = chunks.OffsetOf(chunk_);
-  outside_ = offset_ >= kFarOutside || offset_ > fileSize_;
+  std::uint64_t bytes = 0;
   if (samplesPassed > 0) {
-    const std::uint64_t before = width_ == SizeRows::Width::kConstant
-                                     ? samplesPassed * constantSize_
-                                     : tables_->sizes.Sum(entry_, entry_ + passed);
-    offset_ += before;
-    outside_ = outside_ || offset_ > fileSize_;
+    bytes = width_ == SizeRows::Width::kConstant ? samplesPassed * constantSize_
+                                                 : tables_->sizes.Sum(entry_, entry_ + passed);
   }
+  EnterPlace(tables_->chunks.OffsetOf(chunk_), bytes);
   entry_ += passed;
   ++chunk_;
-  description_ = row_.description;
-  const std::vector<Description>& all = track_->Info().descriptions;
-  const bool known = description_ >= 1 && description_ <= all.size();
-  elsewhere_ = known && all[description_ - 1].elsewhere;
-  byDefault_ = !known ? Told::kUnknown : all[description_ - 1].byDefault ? Told::kYes : Told::kNo;
-  const Guard guard = tables_->guards.At(entry_, &guardChange_);
-  guardChange_ += entry_;
-  isProtected_ = ProtectedBy(guard, byDefault_);
-  const bool each = tables_->depends.size() > 0 || tables_->partialSync.IsThere();
-  nextLook_ = each ? 0 : guardChange_;
+  if (entry_ >= guardChange_) {
+    same_.isProtected = ToldBy(tables_->guards.At(entry_, &guardChange_), byDefault_);
+    guardChange_ += entry_;
+  }
+}
+
+void SampleCursor::EnterPlace(std::uint64_t offset, std::uint64_t bytesPassed) {
+  offset_ = offset + bytesPassed;
+  same_.outside = IsOutside(offset, bytesPassed, fileSize_);
 }
 
 /// Sets the cursors over the tables to an entry.
@@ -140,111 +169,162 @@ void SampleCursor::SetTables(std::uint64_t entry) {
   times_ = CursorAt(&tables_->times, entry, tables_->times.LastValue(), &time_);
   offsets_ = RunCursor();
   if (tables_->hasOffsets) offsets_ = CursorAt(&tables_->offsets, entry, 0, nullptr);
-  allSync_ = !tables_->sync.IsThere();
-  if (!allSync_) sync_ = CursorAt(tables_->sync, entry + 1);
+  if (tables_->sync.IsThere()) sync_ = CursorAt(tables_->sync, entry + 1);
   if (tables_->partialSync.IsThere()) partial_ = CursorAt(tables_->partialSync, entry + 1);
 }
 
-/// What few tracks have: groups that change, dependencies, partial sync samples. `entry_` has
-/// passed the sample's (first) entry by one.
-void SampleCursor::LookUp(Sample* sample) {
-  const std::uint64_t entry = entry_ - 1;
-  if (entry >= guardChange_) {
-    const Guard guard = tables_->guards.At(entry, &guardChange_);
-    guardChange_ += entry;
-    isProtected_ = ProtectedBy(guard, byDefault_);
-    if (nextLook_ != 0) nextLook_ = guardChange_;
+void SampleCursor::TakeEntries(Sample* samples, std::size_t n) {
+  const SizeRows& sizes = tables_->sizes;
+  if (width_ == SizeRows::Width::k32) {
+    const unsigned char* row = sizes.Bytes() + entry_ * 4;
+    TakeSized(samples, n, [row](std::size_t i) { return LoadBe32(row + i * 4); });
+  } else if (width_ == SizeRows::Width::kConstant) {
+    TakeSized(samples, n, [size = constantSize_](std::size_t) { return size; });
+  } else {
+    TakeSized(samples, n, [&sizes, first = entry_](std::size_t i) { return sizes.At(first + i); });
   }
-  sample->isProtected = isProtected_;
+  if (sync_.number <= entry_ + n) MarkSync(samples, n);
+  if (lookAtEach_ || guardChange_ < entry_ + n) LookUp(samples, n);
+  entry_ += n;
+}
+
+template <class SizeOf>
+void SampleCursor::TakeSized(Sample* samples, std::size_t n, const SizeOf& sizeOf) {
+  const Sample same = same_;
+  RunCursor times = times_;
+  RunCursor offsets = offsets_;
+  std::uint64_t offset = offset_;
+  std::uint64_t time = time_;
+  for (std::size_t i = 0; i < n; ++i) {
+    if (times.left == 0) times.Refill();
+    --times.left;
+    if (offsets.left == 0) offsets.Refill();
+    --offsets.left;
+    const std::uint32_t size = sizeOf(i);
+    Sample& sample = samples[i];
+    sample.number = same.number + i + 1;
+    sample.offset = offset;
+    sample.decodeTime = static_cast<std::int64_t>(time);
+    sample.compositionTime = Composed(time, static_cast<std::int32_t>(offsets.value));
+    sample.size = size;
+    sample.duration = times.value;
+    CopySame(same, &sample);
+    offset += size;
+    time += times.value;
+  }
+  times_ = times;
+  offsets_ = offsets;
+  offset_ = offset;
+  time_ = time;
+  same_.number += n;
+}
+
+/// Marks the samples from the first one on that ends outside of the source.
+void SampleCursor::MarkOutside(Sample* samples, std::size_t n) {
+  for (std::size_t i = 0; i < n; ++i) {
+    samples[i].outside = samples[i].offset + samples[i].size > fileSize_;
+  }
+  same_.outside = true;
+}
+
+/// Marks those that the table of sync samples names; `entry_` is that of the first one.
+void SampleCursor::MarkSync(Sample* samples, std::size_t n) {
+  for (; sync_.number <= entry_ + n; sync_.Advance()) {
+    samples[sync_.number - entry_ - 1].sync = Told::kYes;
+  }
+}
+
+void SampleCursor::LookUp(Sample* samples, std::size_t n) {
+  for (std::size_t i = 0; i < n; ++i) LookUpOne(entry_ + i, samples + i);
+}
+
+/// What few tracks have: groups that change, dependencies, partial sync samples.
+void SampleCursor::LookUpOne(std::uint64_t entry, Sample* sample) {
+  if (entry >= guardChange_) {
+    same_.isProtected = ToldBy(tables_->guards.At(entry, &guardChange_), byDefault_);
+    guardChange_ += entry;
+  }
+  sample->isProtected = same_.isProtected;
   if (entry < tables_->depends.size()) sample->depends = tables_->depends.data()[entry];
-  if (entry_ == partial_.number) {
+  if (entry + 1 == partial_.number) {
     partial_.Advance();
     sample->partialSync = true;
   }
 }
 
-/// A packet of several table entries: QuickTime sound.
-void SampleCursor::TakePacket(Sample* sample) {
-  const std::uint64_t frames = std::min<std::uint64_t>(packFrames_, entriesLeft_);
-  const std::uint64_t last = entry_ + frames;
-  sample->number = ++number_;
-  Place(sample, constantSize_);
-  sample->decodeTime = static_cast<std::int64_t>(time_);
-  offsets_ = CursorAt(&tables_->offsets, entry_, 0, nullptr);
-  if (offsets_.left == 0) offsets_.Refill();
-  sample->compositionTime = static_cast<std::int64_t>(
-      time_ + static_cast<std::uint64_t>(std::int64_t{static_cast<std::int32_t>(offsets_.value)}));
-  // Packets exist where every delta is 1.
-  sample->duration = static_cast<std::uint32_t>(frames);
-  time_ += frames;
-  sample->fragment = 0;
-  sync_ = CursorAt(tables_->sync, entry_ + 1);
-  sample->sync = allSync_ || sync_.number == entry_ + 1 ? Told::kYes : Told::kNo;
-  sample->depends = 0;
-  sample->partialSync = false;
-  ++entry_;
-  if (entry_ > nextLook_) LookUp(sample);
-  entry_ = last;
-  entriesLeft_ -= frames;
-  times_ = CursorAt(&tables_->times, entry_, tables_->times.LastValue(), nullptr);
+/// Packets of several table entries: QuickTime sound.
+void SampleCursor::TakePackets(Sample* samples, std::size_t n) {
+  for (Sample* sample = samples; sample < samples + n; ++sample) {
+    const std::uint64_t frames = std::min<std::uint64_t>(packFrames_, entriesLeft_);
+    sample->number = ++same_.number;
+    sample->offset = offset_;
+    sample->size = constantSize_;
+    offset_ += constantSize_;
+    sample->decodeTime = static_cast<std::int64_t>(time_);
+    RunCursor offsets = CursorAt(&tables_->offsets, entry_, 0, nullptr);
+    if (offsets.left == 0) offsets.Refill();
+    sample->compositionTime = Composed(time_, static_cast<std::int32_t>(offsets.value));
+    // Packets exist where every delta is 1.
+    sample->duration = static_cast<std::uint32_t>(frames);
+    time_ += frames;
+    CopySame(same_, sample);
+    if (CursorAt(tables_->sync, entry_ + 1).number == entry_ + 1) sample->sync = Told::kYes;
+    if (tables_->partialSync.IsThere()) partial_ = CursorAt(tables_->partialSync, entry_ + 1);
+    LookUpOne(entry_, sample);
+    entry_ += frames;
+    entriesLeft_ -= frames;
+  }
+  SetTables(entry_);
 }
 
 void SampleCursor::EnterRun(std::size_t index, std::uint64_t samplesPassed) {
-  run_ = runs_->runs[index];
+  const FragmentRun& run = runs_->runs[index];
+  run_ = &run;
   nextRun_ = index + 1;
-  left_ = run_.count - samplesPassed;
-  rows_ = run_.rows;
-  offset_ = run_.offset;
-  time_ = run_.decodeTime;
-  outside_ = offset_ >= kFarOutside || offset_ > fileSize_;
-  flags_ = samplesPassed == 0 ? run_.firstFlags : run_.flags;
-  flagsTold_ = samplesPassed == 0 ? run_.firstTold : run_.flagsTold;
-  description_ = run_.description;
-  isProtected_ = run_.isProtected;
-  const std::vector<Description>& all = track_->Info().descriptions;
-  elsewhere_ = description_ >= 1 && description_ <= all.size() && all[description_ - 1].elsewhere;
-  if (samplesPassed == 0) return;
-  const RunPlace place = run_.PlaceOf(samplesPassed);
-  offset_ += place.bytes;
-  time_ += place.duration;
-  outside_ = outside_ || offset_ > fileSize_;
+  left_ = run.count - samplesPassed;
+  atFirst_ = samplesPassed == 0;
+  const RunPlace place = run.PlaceOf(samplesPassed);
   rows_ = place.rows;
+  time_ = run.decodeTime + place.duration;
+  EnterPlace(run.offset, place.bytes);
+  same_.description = run.description;
+  same_.fragment = run.fragment;
+  same_.isProtected = run.isProtected;
+  same_.elsewhere = NamedBy(track_->Info().descriptions, run.description).elsewhere;
 }
 
-void SampleCursor::TakeFromRun(Sample* sample) {
-  const unsigned char* field = rows_;
-  std::uint32_t duration = run_.duration;
-  std::uint32_t size = run_.size;
-  std::uint32_t offset = 0;
-  if ((run_.fields & FragmentRun::kDuration) != 0) duration = LoadBe32(field), field += 4;
-  if ((run_.fields & FragmentRun::kSize) != 0) size = LoadBe32(field), field += 4;
-  if ((run_.fields & FragmentRun::kFlags) != 0) flags_ = LoadBe32(field), field += 4;
-  if ((run_.fields & FragmentRun::kOffset) != 0) offset = LoadBe32(field), field += 4;
-  rows_ = field;
-  sample->number = ++number_;
-  Place(sample, size);
-  sample->decodeTime = static_cast<std::int64_t>(time_);
-  sample->compositionTime = static_cast<std::int64_t>(
-      time_ + static_cast<std::uint64_t>(std::int64_t{static_cast<std::int32_t>(offset)}));
-  sample->duration = duration;
-  time_ += duration;
-  sample->fragment = run_.fragment;
-  const bool notSync = (flags_ >> 16 & 1) != 0;
-  sample->sync = !flagsTold_ ? Told::kUnknown : notSync ? Told::kNo : Told::kYes;
-  sample->depends = static_cast<std::uint8_t>(flags_ >> 20);
-  sample->partialSync = false;
-  flags_ = run_.flags;
-  flagsTold_ = run_.flagsTold;
-  if (run_.extra != 0) TakeExtra(sample);
-}
-
-void SampleCursor::TakeExtra(Sample* sample) const {
-  const FragmentExtra& extra = runs_->extras[run_.extra - 1];
-  const std::uint64_t index = sample->number - 1 + extra.shift;
-  if (extra.guards != nullptr) {
-    sample->isProtected = ProtectedBy(extra.guards->At(index), extra.byDefault);
+void SampleCursor::TakeRows(Sample* samples, std::size_t n) {
+  const FragmentRun run = *run_;
+  const Sample same = same_;
+  const std::size_t width = run.Width();
+  std::uint64_t offset = offset_;
+  std::uint64_t time = time_;
+  for (std::size_t i = 0; i < n; ++i) {
+    const RunRow row = run.RowAt(rows_ + i * width);
+    Sample& sample = samples[i];
+    sample.number = same.number + i + 1;
+    sample.offset = offset;
+    sample.decodeTime = static_cast<std::int64_t>(time);
+    sample.compositionTime = Composed(time, row.offset);
+    sample.size = row.size;
+    sample.duration = row.duration;
+    CopySame(same, &sample);
+    row.ShowFlags(run.flagsTold, &sample);
+    offset += row.size;
+    time += row.duration;
   }
-  if (index < extra.dependsCount) sample->depends = extra.depends[index];
+  if (atFirst_) run.ShowFirstFlags(samples);
+  atFirst_ = false;
+  rows_ += n * width;
+  offset_ = offset;
+  time_ = time;
+  same_.number += n;
+  if (run.extra != 0) TakeExtra(samples, n);
+}
+
+void SampleCursor::TakeExtra(Sample* samples, std::size_t n) const {
+  const FragmentExtra& extra = runs_->extras[run_->extra - 1];
+  for (Sample* sample = samples; sample < samples + n; ++sample) extra.Show(sample);
 }
 
 }  // namespace mp4

@@ -17,13 +17,10 @@ std::int64_t Signed(std::uint64_t time) { return static_cast<std::int64_t>(time)
 /// the value that samples there have.
 class RowsDown {
  public:
-  RowsDown(RunRows* rows, std::uint64_t index, std::uint32_t past) : rows_(rows), past_(past) {
-    place_ = rows->Find(index);
-  }
+  RowsDown(RunRows* rows, const RunRows::Place& place, std::uint32_t past)
+      : rows_(rows), past_(past), place_(place) {}
   std::uint64_t First() const { return place_.first; }
-  std::uint32_t Value() const {
-    return place_.row < rows_->Rows() ? rows_->ValueOf(place_.row) : past_;
-  }
+  std::uint32_t Value() const { return rows_->ValueAt(place_, past_); }
   /// Sum of the values in front of an index in the row.
   std::uint64_t TotalAt(std::uint64_t index) const {
     return place_.total + (index - place_.first) * Value();
@@ -107,8 +104,8 @@ std::uint64_t SampleSearch::AtCompositionTime(std::int64_t time) {
 /// Downwards over the stretches in which delta and offset are the same: there composition times
 /// rise, and the best is found by arithmetic.
 void SampleSearch::SearchTables(std::int64_t time, Best* best) {
-  const std::uint64_t end = tables_->EndTime();
-  if (best->Beats(HeldSum(Signed(end), greatestOffset_))) return;
+  if (best->number != 0 && best->Beats(HeldSum(Signed(tables_->EndTime()), greatestOffset_)))
+    return;
   std::uint64_t last = EntryAtDecodeTime(Latest(time));
   if (tables_->chunks.Packs()) {
     // Packets are as long as their entries, and are not reordered.
@@ -117,8 +114,8 @@ void SampleSearch::SearchTables(std::int64_t time, Best* best) {
     if (time >= 0) best->Offer(tables_->chunks.SampleOf(entry) + 1, Signed(tables_->TimeOf(entry)));
     return;
   }
-  RowsDown times(&tables_->times, last, tables_->times.LastValue());
-  RowsDown offsets(&tables_->offsets, last, 0);
+  RowsDown times(&tables_->times, tables_->times.Find(last), tables_->times.LastValue());
+  RowsDown offsets(&tables_->offsets, tables_->offsets.FindWithoutTotal(last), 0);
   for (;;) {
     const std::uint64_t start = std::max(times.First(), offsets.First());
     const std::uint32_t delta = times.Value();

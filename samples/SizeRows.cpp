@@ -62,13 +62,10 @@ void SizeRows::Load(BoxTree* tree, BoxId id, SampleProblems* problems) {
 }
 
 std::uint64_t SizeRows::SumOf(std::uint64_t from, std::uint64_t to) const {
-  std::uint64_t sum = 0;
   if (width_ == Width::k32) {
-    for (const unsigned char* p = bytes_.data() + from * 4; from < to; ++from, p += 4) {
-      sum += LoadBe32(p);
-    }
-    return sum;
+    return SumOfBe32(bytes_.data() + from * 4, static_cast<std::size_t>(to - from));
   }
+  std::uint64_t sum = 0;
   for (; from < to; ++from) sum += At(from);
   return sum;
 }

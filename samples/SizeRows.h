@@ -39,6 +39,10 @@ class SizeRows {
     return index % 2 == 0 ? pair >> 4 : pair & 15;
   }
 
+  /// Asks for the bytes of a size.
+  void Foresee(std::uint64_t index) const {
+    if (width_ == Width::k32) __builtin_prefetch(bytes_.data() + index * 4);
+  }
   /// Sum of the sizes from one sample up to another. Long stretches are bridged by marks.
   std::uint64_t Sum(std::uint64_t from, std::uint64_t to);
 

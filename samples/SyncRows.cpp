@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "io/MakeLazyArray.h"
-#include "samples/Search.h"
 
 namespace mp4 {
 
@@ -13,8 +12,12 @@ void SyncRows::Load(BoxTree* tree, BoxId box, SampleProblems* problems) {
   there_ = true;
   rows_ = LoadRows(tree, box, 4, 4, &bytes_, problems);
   for (std::size_t row = 1; row < rows_; ++row) {
-    if (NumberAt(row) <= NumberAt(row - 1)) return Sort();
+    if (NumberAt(row) <= NumberAt(row - 1)) {
+      Sort();
+      break;
+    }
   }
+  if (rows_ > 0) rowsPerNumber_ = PlacesPer(NumberAt(rows_ - 1), rows_);
 }
 
 /// Keeps every number once, in order.
@@ -30,9 +33,14 @@ void SyncRows::Sort() {
   bytes_.Own(std::move(sorted), rows_ * 4);
 }
 
+bool SyncRows::Names(std::uint64_t number) const {
+  const std::size_t rows = RowsUpTo(number);
+  return rows > 0 && NumberAt(rows - 1) == number;
+}
+
 std::size_t SyncRows::RowsUpTo(std::uint64_t number) const {
   if (rows_ == 0 || NumberAt(0) > number) return 0;
-  const std::size_t guess = GuessPlace(number, PlacesPer(NumberAt(rows_ - 1), rows_), rows_);
+  const std::size_t guess = GuessPlace(number, rowsPerNumber_, rows_);
   return LastNotAbove(rows_, guess, number, [this](std::size_t row) { return NumberAt(row); }) + 1;
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "samples/Search.h"
 #include "samples/TableBytes.h"
 
 namespace mp4 {
@@ -20,12 +21,19 @@ class SyncRows {
   std::uint32_t NumberAt(std::size_t row) const { return LoadBe32(bytes_.data() + row * 4); }
   /// How many rows name this number or lower ones.
   std::size_t RowsUpTo(std::uint64_t number) const;
+  bool Names(std::uint64_t number) const;
+  /// Asks for the bytes that RowsUpTo will probably look at.
+  void Foresee(std::uint64_t number) const {
+    if (rows_ > 0)
+      __builtin_prefetch(bytes_.data() + GuessPlace(number, rowsPerNumber_, rows_) * 4);
+  }
 
  private:
   void Sort();
 
   bool there_ = false;
   std::size_t rows_ = 0;
+  double rowsPerNumber_ = 0;
   TableBytes bytes_;
 };
 

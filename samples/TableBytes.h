@@ -29,6 +29,16 @@ class TableBytes {
   LazyArray<unsigned char> own_;
 };
 
+/// Sum of `n` numbers of 32 bits, two at a time.
+inline std::uint64_t SumOfBe32(const unsigned char* p, std::size_t n) {
+  std::uint64_t sum = n % 2 != 0 ? LoadBe32(p) : 0;
+  for (p += n % 2 * 4, n /= 2; n > 0; --n, p += 8) {
+    const std::uint64_t two = LoadBe64(p);
+    sum += (two >> 32) + (two & 0xFFFFFFFF);
+  }
+  return sum;
+}
+
 /// Loads the rows of a full box: a count at payload byte `countAt`, then rows of `width` bytes, of
 /// which those that exist are kept. Returns how many; 0 when the box ends before its count.
 std::size_t LoadRows(BoxTree* tree, BoxId box, std::uint64_t countAt, std::size_t width,

@@ -4,7 +4,7 @@
 
 #include "io/FourCC.h"
 #include "samples/Movie.h"
-#include "samples/SampleCursor.h"
+#include "samples/SampleAt.h"
 #include "samples/SampleSearch.h"
 
 namespace mp4 {
@@ -30,10 +30,15 @@ void Track::LoadTables() {
   } else if (trak_ != kNoBox) {
     problems_.Note(SampleFault::kMissing, FourCC("stbl"));
   }
-  fragments_.time = tables_.EndTime();
-  fragments_.runs.endTime = fragments_.time;
   fragments_.runs.first = TableSamples();
   if (tables_.guardDescriptions.there) fragments_.movieGuards = &tables_.guardDescriptions;
+}
+
+FragmentTrack* Track::Fragments() {
+  LoadTables();
+  if (!hasFragments_) fragments_.time = fragments_.runs.endTime = tables_.EndTime();
+  hasFragments_ = true;
+  return &fragments_;
 }
 
 void Track::Prepare() {
@@ -47,8 +52,8 @@ std::uint64_t Track::SampleCount() {
 }
 
 bool Track::At(std::uint64_t number, Sample* sample) {
-  if (cursor_ == nullptr) cursor_ = std::make_unique<SampleCursor>(this);
-  return cursor_->Seek(number) && cursor_->Next(sample);
+  if (at_ == nullptr) at_ = std::make_unique<SampleAt>(this);
+  return at_->Find(number, sample);
 }
 
 SampleSearch* Track::Search() {

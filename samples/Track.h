@@ -12,6 +12,7 @@
 namespace mp4 {
 
 class Movie;
+class SampleAt;
 class SampleCursor;
 class SampleSearch;
 
@@ -63,9 +64,13 @@ class Track {
 
  private:
   friend class Movie;
+  friend class SampleAt;
   friend class SampleCursor;
 
   void LoadTables();
+  /// What receives fragments, which go on where the tables end: that takes reading all decode
+  /// times.
+  FragmentTrack* Fragments();
   void Prepare();
   std::uint64_t FileSize() const;
   std::uint64_t TableSamples() const { return tablesElsewhere_ ? 0 : tables_.Samples(); }
@@ -76,11 +81,12 @@ class Track {
   TrackInfo info_;
   SampleProblems problems_;
   bool loaded_ = false;
+  bool hasFragments_ = false;
   bool disagreementsNoted_ = false;
   bool tablesElsewhere_ = false;  ///< the tables describe the initialization source
   SampleTables tables_;
   FragmentTrack fragments_;
-  std::unique_ptr<SampleCursor> cursor_;
+  std::unique_ptr<SampleAt> at_;
   std::unique_ptr<SampleSearch> search_;
 };
 
