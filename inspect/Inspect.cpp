@@ -207,7 +207,17 @@ class Inspection {
       return "no movie box; the file is a media segment, give its initialization segment too";
     // Of bytes that are no boxes it helps nobody to say which box is cut.
     if (!ofFamily) return "not a movie file: its beginning is no box of a movie";
-    return treeReason.empty() ? "no movie box and no items" : "no movie box; " + treeReason;
+    const std::string hidden = treeReason.empty() ? WhatIsCut() : treeReason;
+    return hidden.empty() ? "no movie box and no items" : "no movie box; " + hidden;
+  }
+
+  /// Media that is cut hides nothing as a rule, but the movie box may have stood behind it.
+  std::string WhatIsCut() const {
+    for (const BoxProblem& problem : tree_.Problems()) {
+      const bool onTop = tree_.At(problem.box).parent == kRootBox;
+      if (onTop && problem.fault == BoxFault::kCutByEnd) return TextOfProblem(tree_, problem);
+    }
+    return {};
   }
 
   void NoteLeftOvers() {

@@ -56,4 +56,12 @@ TEST(FirstBytes, TheReasonNamesTheFormat) {
   EXPECT_EQ("no movie box and no items", p::InspectBytes(p::FileType()).reason);
 }
 
+TEST(FirstBytes, TheMovieBoxMayHaveStoodBehindMediaThatIsCut) {
+  const Bytes media = Box("mdat", Bytes().Fill(100));
+  EXPECT_EQ("no movie box and no items", p::InspectBytes(p::FileType() + media).reason);
+  const Bytes file = p::FileType() + Bytes(media).Cut(50);
+  EXPECT_EQ("no movie box; the box \"mdat\" is cut at byte 50 of 108: bring the whole file",
+            p::InspectBytes(file).reason);
+}
+
 }  // namespace
