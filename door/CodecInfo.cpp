@@ -28,11 +28,13 @@ void TakeField(const BoxField& field, CodecInfo* info) {
     info->averageBitrate = NumberOf(field.value);
   }
   if (is("channelCount")) info->channels = static_cast<std::uint32_t>(NumberOf(field.value));
-  const bool rate = is("sampleRate") || is("inputSampleRate");
-  if (rate && NumberOf(field.value) != 0) {
+  if (is("sampleRate") && NumberOf(field.value) != 0) {
     info->sampleRate = static_cast<double>(NumberOf(field.value));
   }
 }
+
+/// AMR has one channel, whatever its entry says (3GPP TS 26.244, 6.5).
+bool IsMono(std::uint32_t codec) { return codec == FourCC("samr") || codec == FourCC("sawb"); }
 
 bool IsConfiguration(std::uint32_t type) {
   switch (type) {
@@ -81,7 +83,7 @@ CodecInfo CodecOf(BoxTree* tree, BoxId entry, const Description& description) {
   info.width = description.width;
   info.height = description.height;
   info.sampleRate = description.rate;
-  info.channels = description.channels;
+  info.channels = IsMono(description.Codec()) ? 1 : description.channels;
   info.isProtected = description.isProtected;
   if (description.scheme != 0) info.scheme = TypeText(description.scheme);
   TakeConfigurations(tree, entry, false, &info);

@@ -49,6 +49,20 @@ Bytes MovieWithEverything() {
   return head + Box("mdat", Bytes().Fill(110)) + Box("moov", mvhd + trak + udta);
 }
 
+/// A movie of one sound track without samples, whose entry says 2 channels and 48 kHz.
+Bytes MovieOfSound(const char* format, const Bytes& configuration) {
+  const Bytes entry =
+      Box(format, Bytes().Fill(6).Be16(1).Fill(8).Be16(2).Be16(16).Fill(4).Be32(48000u << 16) +
+                      configuration);
+  const Bytes stbl = Box("stbl", FullBox("stsd", 0, 0, Bytes().Be32(1) + entry));
+  const Bytes mdhd = FullBox("mdhd", 0, 0, Bytes().Fill(8).Be32(48000).Fill(8));
+  const Bytes hdlr = FullBox("hdlr", 0, 0, Bytes().Be32(0).Text("soun").Fill(13));
+  const Bytes trak = Box("trak", FullBox("tkhd", 0, 1, Bytes().Fill(8).Be32(1).Fill(68)) +
+                                     Box("mdia", mdhd + hdlr + Box("minf", stbl)));
+  return Box("ftyp", Bytes().Text("isom").Be32(0)) +
+         Box("moov", FullBox("mvhd", 0, 0, Bytes().Fill(96)) + trak);
+}
+
 mp4::MovieInfo InfoOfBytes(const Bytes& file) {
   mp4::MemorySource source(file.data(), file.size());
   return mp4::InfoOf(&source);
@@ -99,6 +113,23 @@ TEST(MovieInfo, NamesTheCodecWithProfileAndLevel) {
   EXPECT_EQ(codec.parameter, "avc1.4D401F");
   EXPECT_EQ(codec.width, 320u);
   EXPECT_FALSE(codec.isProtected);
+}
+
+TEST(MovieInfo, OpusPlaysAt48KilohertzWhateverWasEncoded) {
+  const Bytes dOps = Box("dOps", Bytes{0, 1, 0, 0}.Be32(24000).Be16(0).Byte(0));
+  const mp4::MovieInfo info = InfoOfBytes(MovieOfSound("Opus", dOps));
+  ASSERT_EQ(1u, info.tracks.size());
+  EXPECT_EQ(48000, info.tracks[0].codecs[0].sampleRate);
+  EXPECT_EQ(1u, info.tracks[0].codecs[0].channels);
+}
+
+TEST(MovieInfo, AmrHasOneChannelWhateverItsEntrySays) {
+  for (const char* format : {"samr", "sawb"}) {
+    const mp4::MovieInfo info = InfoOfBytes(MovieOfSound(format, {}));
+    ASSERT_EQ(1u, info.tracks.size());
+    EXPECT_EQ(1u, info.tracks[0].codecs[0].channels) << format;
+  }
+  EXPECT_EQ(2u, InfoOfBytes(MovieOfSound("sawp", {})).tracks[0].codecs[0].channels);
 }
 
 TEST(MovieInfo, HasMetadataCoverAndChapters) {
