@@ -122,6 +122,37 @@ bool IsSound(sqlite3* base) {
   return sound && HasOurVersion(base);
 }
 
+/// Whether an error tells of what is in the file, not of who may use it now.
+bool IsDamage(int code) {
+  switch (code & 0xFF) {
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+    case SQLITE_READONLY:
+    case SQLITE_CANTOPEN:
+    case SQLITE_PERM:
+    case SQLITE_AUTH:
+    case SQLITE_IOERR:
+    case SQLITE_FULL:
+    case SQLITE_NOMEM:
+    case SQLITE_NOLFS:
+      return false;
+    default:
+      return true;
+  }
+}
+
+std::string WordsFor(sqlite3* base) {
+  switch (sqlite3_errcode(base) & 0xFF) {
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+      return "another process holds it";
+    case SQLITE_READONLY:
+      return "it cannot be written";
+    default:
+      return sqlite3_errmsg(base);
+  }
+}
+
 }  // namespace
 
 FileIdentity::FileIdentity(const struct stat& info)
@@ -136,21 +167,23 @@ std::unique_ptr<VerdictCache> VerdictCache::Open(const std::string& path, std::s
   const Kind kind = KindOf(path, why);
   if (kind == Kind::kForeign) return nullptr;
   std::unique_ptr<VerdictCache> cache(new VerdictCache(path));
-  if (cache->Prepare(why)) return cache;
-  if (kind == Kind::kNew) return nullptr;
+  const State state = cache->Prepare(why);
+  if (state == State::kReady) return cache;
+  // What another process uses, or this one may not write, is left as it is.
+  if (kind == Kind::kNew || state == State::kUnusable) return nullptr;
   cache.reset(new VerdictCache(path));
   RemoveAll(path);
   *notice = "the cache was damaged or made by another version, and is begun anew";
-  if (!cache->Prepare(why)) cache.reset();
+  if (cache->Prepare(why) != State::kReady) cache.reset();
   return cache;
 }
 
-bool VerdictCache::Prepare(std::string* why) {
+VerdictCache::State VerdictCache::Prepare(std::string* why) {
   const bool isNew = access(path_.c_str(), F_OK) != 0;
   const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
   if (sqlite3_open_v2(path_.c_str(), &base_, flags, nullptr) != SQLITE_OK) {
-    *why = sqlite3_errmsg(base_);
-    return false;
+    *why = WordsFor(base_);
+    return State::kUnusable;
   }
   sqlite3_busy_timeout(base_, 5000);
   const std::string id = "PRAGMA application_id=" + std::to_string(kApplicationId);
@@ -162,10 +195,12 @@ bool VerdictCache::Prepare(std::string* why) {
        sqlite3_prepare_v2(base_, kPut, -1, &put_, nullptr) == SQLITE_OK &&
        // Opens the log while files may still be opened for writing.
        Exec(base_, "BEGIN IMMEDIATE; DELETE FROM verdicts WHERE device IS NULL; COMMIT");
+  const int code = sqlite3_errcode(base_);
+  if (!ok) *why = WordsFor(base_);
   int keep = 1;
   sqlite3_file_control(base_, nullptr, SQLITE_FCNTL_PERSIST_WAL, &keep);
-  if (!ok) *why = sqlite3_errmsg(base_);
-  return ok;
+  if (ok) return State::kReady;
+  return IsDamage(code) ? State::kDamaged : State::kUnusable;
 }
 
 VerdictCache::~VerdictCache() {

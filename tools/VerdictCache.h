@@ -21,7 +21,8 @@ struct FileIdentity {
 };
 
 /// Verdicts remembered in a SQLite file between runs. A file that is no cache of ours is never
-/// written to; one of ours that is damaged, or was made by another version, is begun anew.
+/// written to, and one that another process holds is left alone; one of ours that is damaged, or
+/// was made by another version, is begun anew.
 class VerdictCache {
  public:
   /// Opens or makes the cache; null with the reason when it cannot be used. `notice` receives a
@@ -57,7 +58,8 @@ class VerdictCache {
 
  private:
   explicit VerdictCache(std::string path) : path_(std::move(path)) {}
-  bool Prepare(std::string* why);
+  enum class State { kReady, kDamaged, kUnusable };
+  State Prepare(std::string* why);
   bool Run(const char* sql);
 
   std::string path_;
