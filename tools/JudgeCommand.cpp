@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -13,6 +14,7 @@
 
 #include "tools/OrderedPool.h"
 #include "tools/Outcome.h"
+#include "tools/Output.h"
 #include "tools/PathWalker.h"
 #include "tools/Printable.h"
 #include "tools/Progress.h"
@@ -25,19 +27,15 @@ namespace tool {
 namespace {
 
 std::atomic<bool> interrupted{false};
+/// No more names are waited for.
+std::atomic<bool> stopped{false};
 static_assert(std::atomic<bool>::is_always_lock_free);
 
 void OnInterrupt(int /*signal*/) {
   // A second one ends the program at once.
   std::signal(SIGINT, SIG_DFL);
   interrupted = true;
-}
-
-bool WantsColours() {
-  const char* none = std::getenv("NO_COLOR");
-  const char* terminal = std::getenv("TERM");
-  return isatty(STDOUT_FILENO) == 1 && (none == nullptr || *none == 0) &&
-         (terminal == nullptr || std::strcmp(terminal, "dumb") != 0);
+  stopped = true;
 }
 
 struct Judged {
@@ -48,7 +46,7 @@ struct Judged {
 class Run {
  public:
   explicit Run(const JudgeOptions& options)
-      : options_(options), walker_(options, &interrupted), progress_(walker_.KnownTotal()) {}
+      : options_(options), walker_(options, &stopped), progress_(walker_.KnownTotal()) {}
 
   int Go() {
     if (!OpenCache()) return kTrouble;
@@ -57,7 +55,7 @@ class Run {
       readers_.push_back(std::make_unique<VerdictCache::Reader>(*cache_));
     }
     std::signal(SIGINT, OnInterrupt);
-    if (threads == 1) {
+    if (walker_.KnownTotal() == 1) {
       Confine();
       InThisThread();
     } else {
@@ -91,7 +89,7 @@ class Run {
     if (options_.sandbox) ConfineToReading();
   }
 
-  bool Next(PathItem* item) { return !interrupted && !broken_ && walker_.Next(item); }
+  bool Next(PathItem* item) { return !stopped && walker_.Next(item); }
 
   void InThisThread() {
     PathItem item;
@@ -102,6 +100,7 @@ class Run {
   void InThreads(int threads) {
     OrderedPool<PathItem, Judged>::Functions functions;
     functions.next = [this](PathItem* item) { return Next(item); };
+    functions.waits = [this] { return walker_.WouldWait(); };
     functions.worker = [this]() -> std::function<Judged(const PathItem&)> {
       const std::size_t place = workers_++;
       VerdictCache::Reader* reader = readers_.empty() ? nullptr : readers_[place].get();
@@ -110,9 +109,19 @@ class Run {
     functions.take = [this](const PathItem& item, Judged&& judged) {
       return Take(item, std::move(judged));
     };
-    functions.tick = [this] { progress_.Tick(); };
+    functions.tick = [this] { Wait(); };
     functions.ready = [this] { Confine(); };
     OrderedPool<PathItem, Judged>(threads, std::move(functions)).Run();
+  }
+
+  /// What is done is handed out while more is long in coming.
+  void Wait() {
+    progress_.Tick();
+    const auto now = std::chrono::steady_clock::now();
+    if (now < nextFlush_) return;
+    nextFlush_ = now + std::chrono::milliseconds(100);
+    if (std::fflush(stdout) != 0) stopped = true;
+    if (cache_ != nullptr) cache_->Flush();
   }
 
   Judged Judge(const PathItem& item, VerdictCache::Reader* reader) const {
@@ -147,8 +156,9 @@ class Run {
     const std::string text = Tell(item.path, outcome, options_, colours_);
     if (colours_) progress_.Hide();
     std::fwrite(text.data(), 1, text.size(), stdout);
-    broken_ = std::ferror(stdout) != 0;
-    return !broken_;
+    const bool broken = std::ferror(stdout) != 0;
+    if (broken) stopped = true;
+    return !broken;
   }
 
   int Finish() {
@@ -173,7 +183,7 @@ class Run {
   std::unique_ptr<VerdictCache> cache_;
   std::vector<std::unique_ptr<VerdictCache::Reader>> readers_;
   std::atomic<std::size_t> workers_{0};
-  std::atomic<bool> broken_{false};
+  std::chrono::steady_clock::time_point nextFlush_{};
   const bool colours_ = WantsColours();
 };
 

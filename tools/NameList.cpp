@@ -43,6 +43,12 @@ bool NameList::Fill(std::string* why) {
   return n > 0 || (n < 0 && errno == EINTR && !*stop_);
 }
 
+bool NameList::WouldWait() const {
+  if (done_ || file_ < 0 || buffer_.find(end_, at_) != std::string::npos) return false;
+  pollfd waiting{file_, POLLIN, 0};
+  return poll(&waiting, 1, 0) == 0;
+}
+
 NameList::Result NameList::Next(std::string* name, std::string* why) {
   std::size_t looked = 0;
   while (!done_) {

@@ -21,6 +21,8 @@ class NameList {
 
   /// The next name; behind a fault, which says why in `why`, comes the end.
   Result Next(std::string* name, std::string* why);
+  /// Whether the next name is still to come from whoever writes the list.
+  bool WouldWait() const;
   const std::string& Name() const { return name_; }
 
  private:

@@ -18,11 +18,13 @@ class OrderedPool {
   struct Functions {
     /// The next item, false behind the last; called by one thread at a time.
     std::function<bool(Item*)> next;
+    /// Whether `next` would have to wait; called like it. May be empty.
+    std::function<bool()> waits;
     /// Called by each thread once, before its first item; its own state, if it needs any.
     std::function<std::function<Result(const Item&)>()> worker;
     /// Takes the results in order, in the calling thread; false ends the work early.
     std::function<bool(const Item&, Result&&)> take;
-    /// Called by the calling thread from time to time while it waits. May be empty.
+    /// Called by the calling thread again and again while it waits. May be empty.
     std::function<void()> tick;
     /// Called once when all threads are there and before any has an item. May be empty.
     std::function<void()> ready;
@@ -82,24 +84,31 @@ class OrderedPool {
     }
   }
 
-  /// Fills some slots with items for the calling thread.
+  /// Fills some slots with items for the calling thread. Items may be long in coming: only threads
+  /// that want more of them wait, and those that are there are not kept back.
   bool Claim(std::size_t* from, std::size_t* to) {
-    std::unique_lock<std::mutex> lock(mutex_);
-    room_.wait(lock,
-               [this] { return stop_ || exhausted_ || claimed_ - taken_ + kBatch <= kSlots; });
-    *from = claimed_;
-    const std::size_t most = claimed_ < 64 ? 1 : kBatch;
-    while (!stop_ && !exhausted_ && claimed_ - *from < most) {
-      Slot& slot = slots_[claimed_ % kSlots];
-      slot.done = false;
-      if (functions_.next(&slot.item)) {
-        ++claimed_;
-      } else {
-        exhausted_ = true;
-        room_.notify_all();
-      }
+    const std::lock_guard<std::mutex> source(source_);
+    std::size_t most = 0;
+    {
+      std::unique_lock<std::mutex> lock(mutex_);
+      room_.wait(lock,
+                 [this] { return stop_ || exhausted_ || claimed_ - taken_ + kBatch <= kSlots; });
+      *from = *to = claimed_;
+      if (!stop_ && !exhausted_) most = claimed_ < 64 ? 1 : kBatch;
     }
-    *to = claimed_;
+    // Nobody looks at slots that are not claimed yet.
+    bool more = most > 0;
+    while (*to - *from < most && more) {
+      Slot& slot = slots_[*to % kSlots];
+      slot.done = false;
+      more = functions_.next(&slot.item);
+      if (more) ++*to;
+      if (functions_.waits && functions_.waits()) break;
+    }
+    const std::lock_guard<std::mutex> lock(mutex_);
+    claimed_ = *to;
+    if (!more) exhausted_ = true;
+    if (!more) room_.notify_all();
     if (*to == *from) done_.notify_all();
     return *to > *from;
   }
@@ -140,6 +149,7 @@ class OrderedPool {
   Functions functions_;
   std::vector<Slot> slots_;
   int threads_;
+  std::mutex source_;  ///< held by the thread that asks for items
   std::mutex mutex_;
   std::condition_variable room_;  ///< slots have become free, or the work has begun
   std::condition_variable done_;  ///< results have come

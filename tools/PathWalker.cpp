@@ -38,6 +38,11 @@ bool PathWalker::Next(PathItem* item) {
   return TakeFound(item) || TakeNamed(item);
 }
 
+bool PathWalker::WouldWait() const {
+  if (!folders_.empty() || next_ < options_.paths.size()) return false;
+  return lines_.WouldWait() || zeros_.WouldWait();
+}
+
 /// A list that cannot be read stands for itself, with the reason.
 bool PathWalker::NextListed(NameList* list, std::string* name) {
   const NameList::Result result = list->Next(name, &listFault_);

@@ -31,6 +31,8 @@ class PathWalker {
 
   /// The next item; false behind the last.
   bool Next(PathItem* item);
+  /// Whether the next item is still to come from whoever writes a list.
+  bool WouldWait() const;
   /// How many there are in all, when that is known beforehand; else 0.
   std::size_t KnownTotal() const;
 
