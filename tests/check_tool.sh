@@ -66,7 +66,7 @@ case_exit_codes() {
 case_obstacles() {
   mkdir folder
   run 2 folder
-  same "folder: undetermined (it is a directory)"
+  same "folder: undetermined (it is a directory; -r judges the files in it)"
   # Nobody writes to the pipe: opening it would wait for ever.
   mkfifo pipe
   run 2 pipe
@@ -560,6 +560,31 @@ PY
   # A file of that name.
   cp clear.m4a samples
   run 0 ./samples
+}
+
+# What plainly is no movie is not taken apart as one.
+case_no_movies() {
+  printf '\x89PNG\r\n\x1a\n\0\0\0\rIHDR' >cover.png
+  : >empty.mp4
+  local words
+  for words in tree "tree --json" samples "samples --csv" "diff clear.m4a" "chart -o a.svg"; do
+    # shellcheck disable=SC2086
+    run 2 $words cover.png
+    says err '^mp4judge: cover.png: not a movie file: begins with PNG image$'
+    [[ ! -s out ]] || { echo "FAILED: $words lists a PNG"; failed=1; }
+    # shellcheck disable=SC2086
+    run 2 $words empty.mp4
+    says err '^mp4judge: empty.mp4: the file is empty$'
+  done
+  says a.svg '>the file is empty<'
+  run 0 info cover.png
+  says out '^  protection +undetermined: not a movie file: begins with PNG image$'
+  run 2 samples missing.m4a
+  [[ ! -s out ]] || failed=1
+  # The movie box may have stood behind media that is cut.
+  { printf '\0\0\0\x10ftypisom\0\0\0\0\0\0\x10\0mdat' && head -c 100 /dev/zero; } >cut.mp4
+  run 2 cut.mp4
+  same 'cut.mp4: undetermined (no movie box; the box "mdat" is cut at byte 108 of 4,096: bring the whole file)'
 }
 
 # Colours on a terminal alone, and not with NO_COLOR.

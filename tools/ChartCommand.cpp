@@ -98,7 +98,8 @@ int RunChart(const ChartOptions& options) {
   }
   if (!data.complete)
     Complain(options.file, "not everything is drawn; the chart says what is left out");
-  return whole && data.complete ? kAllClear : kTrouble;
+  const bool movie = CheckMovie(options.file);
+  return movie && whole && data.complete ? kAllClear : kTrouble;
 }
 
 }  // namespace tool

@@ -161,7 +161,8 @@ int RunDiff(const DiffOptions& options) {
   for (const DiffSide* side : {&first, &second}) {
     read = CheckRead(side->File(), side->Error(), side->SystemError()) && read;
   }
-  if (!read) return kTrouble;
+  const bool movies = read && CheckMovie(options.first) && CheckMovie(options.second);
+  if (!movies) return kTrouble;
   Output out;
   Comparison comparison(&first, &second, &out);
   comparison.Go();

@@ -24,14 +24,15 @@ std::vector<std::pair<std::string_view, std::string_view>> DiffBox::Fields() con
   return all;
 }
 
-DiffSide::DiffSide(const std::string& file)
-    : file_(file), boxes_(1), open_{0}, bytes_(file, std::ios::binary) {
+DiffSide::DiffSide(const std::string& file) : file_(file), boxes_(1), open_{0} {
   const std::unique_ptr<mp4judge_tree, void (*)(mp4judge_tree*)> tree(
       mp4judge_tree_open_path(file.c_str()), mp4judge_tree_free);
   error_ = mp4judge_tree_walk(tree.get(), nullptr, Visit, this);
   systemError_ = mp4judge_tree_errno(tree.get());
   complete_ = complete_ && mp4judge_tree_complete(tree.get()) != 0;
   for (const std::size_t at : open_) boxes_[at].behind = boxes_.size();
+  // What is no file, a pipe for one, would be waited for.
+  if (error_ == MP4JUDGE_OK) bytes_.open(file, std::ios::binary);
 }
 
 int DiffSide::Visit(void* user, const mp4judge_box* box) {

@@ -2,6 +2,8 @@
 
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
+#include <iterator>
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -59,7 +61,8 @@ std::string Short(double value) {
 
 std::string RateText(double bits) {
   if (bits >= 1e6) return Short(std::round(bits / 1e4) / 100) + " Mbit/s";
-  return Short(std::round(bits / 100) / 10) + " kbit/s";
+  if (bits >= 1e3) return Short(std::round(bits / 100) / 10) + " kbit/s";
+  return Short(std::round(bits)) + " bit/s";
 }
 
 void Append(std::string* line, const std::string& text, const char* between = ", ") {
@@ -95,8 +98,12 @@ std::string DescriptionText(const Json& entry) {
   return line;
 }
 
-std::string EditText(const Json& edit) {
+/// Without a length an edit of fragments goes on to the end.
+std::string EditText(const Json& edit, bool fragments) {
   const std::string length = TimeText(Number(edit, "seconds"));
+  if (fragments && !edit.at("from").is_null() && !(Number(edit, "seconds") > 0)) {
+    return "from " + TimeText(Number(edit, "from")) + " to the end";
+  }
   if (edit.at("from").is_null()) return "nothing for " + length;
   std::string text = "from " + TimeText(Number(edit, "from")) + " for " + length;
   if (edit.contains("rate")) text += " at rate " + Short(Number(edit, "rate"));
@@ -128,7 +135,7 @@ class Section {
 std::string FrameRateText(const Json& track) {
   const auto rate = track.find("frameRate");
   const std::string handler = Text(track, "handler");
-  if (rate == track.end() || handler == "soun") return {};
+  if (rate == track.end() || (handler != "vide" && handler != "pict")) return {};
   const std::uint64_t over = Count(*rate, "numerator"), under = Count(*rate, "denominator");
   if (under == 0) return {};
   std::string text = Short(static_cast<double>(over) / static_cast<double>(under)) + " a second (" +
@@ -146,6 +153,21 @@ std::string SampleText(const Json& track) {
   return text + ", " + WithCommas(Count(track, "bytes")) + " bytes";
 }
 
+/// Old QuickTime files have a number of the Macintosh for a language.
+std::string LanguageText(const std::string& language) {
+  static constexpr const char* kMacintosh[] = {
+      "English",   "French",   "German",  "Italian",    "Dutch",
+      "Swedish",   "Spanish",  "Danish",  "Portuguese", "Norwegian",
+      "Hebrew",    "Japanese", "Arabic",  "Finnish",    "Greek",
+      "Icelandic", "Maltese",  "Turkish", "Croatian",   "Chinese (traditional)",
+      "Urdu",      "Hindi",    "Thai",    "Korean"};
+  if (language == "und") return {};
+  if (language.compare(0, 4, "mac:") != 0) return language;
+  const unsigned long code = std::strtoul(language.c_str() + 4, nullptr, 10);
+  return code < std::size(kMacintosh) ? kMacintosh[code]
+                                      : "Macintosh language " + std::to_string(code);
+}
+
 std::string KindOf(const std::string& handler) {
   if (handler == "vide") return "video";
   if (handler == "soun") return "audio";
@@ -157,7 +179,7 @@ std::string KindOf(const std::string& handler) {
   return handler.empty() ? "unknown kind" : handler;
 }
 
-void PrintTrack(const Json& track, Section* section) {
+void PrintTrack(const Json& track, bool fragments, Section* section) {
   std::string heading =
       "Track " + std::to_string(Count(track, "id")) + ": " + KindOf(Text(track, "handler"));
   if (!Is(track, "enabled")) heading += ", disabled";
@@ -167,7 +189,7 @@ void PrintTrack(const Json& track, Section* section) {
   if (entries != track.end()) {
     for (const Json& entry : *entries) section->Line("codec", DescriptionText(entry));
   }
-  if (Text(track, "language") != "und") section->Line("language", Text(track, "language"));
+  section->Line("language", LanguageText(Text(track, "language")));
   const double stated = Number(track, "seconds");
   const double seconds = stated > 0 ? stated : Number(track, "sampleSeconds");
   if (seconds > 0) section->Line("duration", TimeText(seconds));
@@ -184,7 +206,7 @@ void PrintTrack(const Json& track, Section* section) {
   if (track.contains("bitrate")) section->Line("bit rate", RateText(Number(track, "bitrate")));
   const auto edits = track.find("edits");
   if (edits == track.end()) return;
-  for (const Json& edit : *edits) section->Line("edit", EditText(edit));
+  for (const Json& edit : *edits) section->Line("edit", EditText(edit, fragments));
 }
 
 void PrintFile(const std::string& file, const std::string& protectedBy, const Json& info,
@@ -206,7 +228,7 @@ void PrintFile(const std::string& file, const std::string& protectedBy, const Js
   section->Line("brand", brands);
   section->Line("created", Text(info, "created"));
   const double seconds = Number(info, "seconds");
-  if (info.contains("seconds")) section->Line("duration", TimeText(seconds));
+  if (seconds > 0) section->Line("duration", TimeText(seconds));
   if (seconds > 0) section->Line("bit rate", RateText(Number(info, "size") * 8 / seconds));
   if (Count(info, "fragments") != 0) {
     section->Line("fragments", WithCommas(Count(info, "fragments")));
@@ -241,7 +263,9 @@ void PrintInfo(const std::string& file, const std::string& protectedBy, const Js
   PrintFile(file, protectedBy, info, out, &section);
   const auto tracks = info.find("tracks");
   if (tracks != info.end()) {
-    for (const Json& track : *tracks) PrintTrack(track, &section);
+    for (const Json& track : *tracks) {
+      PrintTrack(track, Count(info, "fragments") != 0, &section);
+    }
   }
   PrintMetadata(info, &section);
   const auto problems = info.find("problems");

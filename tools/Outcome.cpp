@@ -132,6 +132,7 @@ Outcome FromReport(const mp4judge_report* report, const JudgeOptions& options) {
   outcome.detail = ProtectedBy(report);
   if (outcome.verdict == MP4JUDGE_UNDETERMINED) {
     outcome.detail = reason.empty() ? "unknown" : reason;
+    if (reason == "it is a directory") outcome.detail += "; -r judges the files in it";
     outcome.otherFormat = IsOtherFormat(reason);
   }
   for (std::size_t i = 0; i < mp4judge_report_scheme_count(report); ++i) {
@@ -179,6 +180,15 @@ std::string ProtectedBy(const mp4judge_report* report) {
   if (scheme != nullptr) return scheme;
   const mp4judge_evidence* evidence = mp4judge_report_evidence(report, 0);
   return evidence != nullptr ? TextOr(evidence->box_path, "") : "";
+}
+
+std::string WhyNoMovie(const std::string& path) {
+  mp4judge_options options = MP4JUDGE_OPTIONS_DEFAULT;
+  options.host_answer = 0;
+  const ReportHandle report(mp4judge_inspect_path(path.c_str(), &options));
+  const std::string reason = TextOr(mp4judge_report_reason(report.get()), "");
+  const bool none = StartsWith(reason, "not a movie file") || reason == "the file is empty";
+  return none ? reason : std::string();
 }
 
 Outcome JudgePath(const std::string& path, const JudgeOptions& options) {

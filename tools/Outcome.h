@@ -26,6 +26,9 @@ Outcome JudgePath(const std::string& path, const JudgeOptions& options);
 /// An outcome that needs no look at the file.
 Outcome Unjudged(const std::string& path, const std::string& reason, const JudgeOptions& options);
 
+/// Why a file is plainly no movie, so that nothing is to be seen in it; else empty.
+std::string WhyNoMovie(const std::string& path);
+
 /// "cenc: video, audio": by what the media of a protected file is protected; else empty.
 std::string ProtectedBy(const mp4judge_report* report);
 

@@ -6,19 +6,22 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "tools/Outcome.h"
 #include "tools/Printable.h"
 
 namespace tool {
 
-Output::Output() {
-  const char* const no = std::getenv("NO_COLOR");
-  colour_ = isatty(STDOUT_FILENO) == 1 && (no == nullptr || no[0] == '\0');
+bool WantsColours() {
+  const char* none = std::getenv("NO_COLOR");
+  const char* terminal = std::getenv("TERM");
+  return isatty(STDOUT_FILENO) == 1 && (none == nullptr || *none == 0) &&
+         (terminal == nullptr || std::strcmp(terminal, "dumb") != 0);
 }
 
 void Output::Write(const std::string& text) { std::fwrite(text.data(), 1, text.size(), stdout); }
 
 void Output::Styled(const char* style, const std::string& text) {
-  Write(colour_ ? style + text + "\x1B[0m" : text);
+  Write(colours_ ? style + text + "\x1B[0m" : text);
 }
 
 bool Output::Failed() const { return std::ferror(stdout) != 0; }
@@ -51,6 +54,13 @@ TreeHandle OpenToLook(const std::string& file) {
       tree != nullptr ? mp4judge_tree_error(tree.get()) : MP4JUDGE_ERROR_MEMORY;
   if (!CheckRead(file, error, mp4judge_tree_errno(tree.get()))) tree.reset();
   return tree;
+}
+
+bool CheckMovie(const std::string& file) {
+  const std::string why = WhyNoMovie(file);
+  if (why.empty()) return true;
+  std::fprintf(stderr, "mp4judge: %s: %s\n", Printable(file).c_str(), why.c_str());
+  return false;
 }
 
 bool CheckRead(const std::string& file, mp4judge_error error, int systemError) {

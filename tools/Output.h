@@ -7,10 +7,13 @@
 
 namespace tool {
 
-/// Text on its way to standard output, coloured when that is a terminal and NO_COLOR is not set.
+/// Whether standard output is a terminal that shows colours, and NO_COLOR is not set.
+bool WantsColours();
+
+/// Text on its way to standard output, coloured when that is wanted.
 class Output {
  public:
-  Output();
+  Output() = default;
   Output(const Output&) = delete;
   Output& operator=(const Output&) = delete;
 
@@ -26,7 +29,7 @@ class Output {
  private:
   void Styled(const char* style, const std::string& text);
 
-  bool colour_;
+  const bool colours_ = WantsColours();
 };
 
 /// A text of the file that keeps to its line: control characters stand as \xHH.
@@ -36,6 +39,8 @@ using TreeHandle = std::unique_ptr<mp4judge_tree, void (*)(mp4judge_tree*)>;
 
 /// Opens a file. Null when that fails, and why is said on standard error.
 TreeHandle OpenToLook(const std::string& file);
+/// Says on standard error that a file is plainly no movie. True when it may be one.
+bool CheckMovie(const std::string& file);
 /// Says on standard error what kept a file from being read as a whole. True when nothing did.
 bool CheckRead(const std::string& file, mp4judge_error error, int systemError);
 

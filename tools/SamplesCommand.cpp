@@ -9,6 +9,7 @@
 
 #include "mp4judge/samples.h"
 #include "tools/JudgeOptions.h"
+#include "tools/Output.h"
 #include "tools/Printable.h"
 #include "tools/Sandbox.h"
 
@@ -85,6 +86,7 @@ class Lister {
         left_(options.most.has_value() ? *options.most : LikelySamples(options.file)) {}
 
   int Go() {
+    if (mp4judge_movie_error(movie_) != MP4JUDGE_OK) return Finish();
     if (!options_.json) std::fputs(options_.csv ? kCsvHeader : kTextHeader, stdout);
     // Tracks that fragments alone name are known once the fragments have been looked at.
     if (mp4judge_movie_track_count(movie_) == 0) mp4judge_movie_sample_count(movie_, 0);
@@ -152,6 +154,7 @@ class Lister {
 
 int RunSamples(const SamplesOptions& options) {
   if (options.sandbox) ConfineToReading();
+  if (!CheckMovie(options.file)) return kTrouble;
   const char* init = options.init.empty() ? nullptr : options.init.c_str();
   const MovieHandle movie(mp4judge_movie_open_path(options.file.c_str(), init));
   return Lister(options, movie.get()).Go();

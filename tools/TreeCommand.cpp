@@ -84,7 +84,7 @@ int Visit(void* user, const mp4judge_box* box) {
 int RunTree(const TreeOptions& options) {
   if (options.sandbox) ConfineToReading();
   const TreeHandle tree = OpenToLook(options.file);
-  if (tree == nullptr) return kTrouble;
+  if (tree == nullptr || !CheckMovie(options.file)) return kTrouble;
   mp4judge_tree_options which = MP4JUDGE_TREE_OPTIONS_DEFAULT;
   which.depth = options.depth;
   which.path = options.path.empty() ? nullptr : options.path.c_str();

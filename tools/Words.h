@@ -25,7 +25,7 @@ constexpr Command kTree = {
     "tree", "FILE", "the boxes of a file, with their fields",
     "Prints the boxes of a file: offset, size, type and the standard's name, with the fields below "
     "and what is wrong with a box behind \"!\". Fields of long tables show their first rows.",
-    "Exit status: 0, or 2 when the file could not be read or not every box was listed.\n"};
+    "Exit status: 0, or 2 when the file could not be read or is no movie, or not every box was listed.\n"};
 constexpr Command kInfo = {
     "info", "FILE", "movie, tracks, codecs, metadata, protection",
     "Prints what a file is: protection, duration and bit rate; of each track its codec with "
@@ -36,8 +36,8 @@ constexpr Command kSamples = {
     "Lists every sample of a movie: where it lies in the file and when it plays. Times are in "
     "units of the track. Samples whose place is unknown are not listed; what is wrong with the "
     "boxes that place them goes to standard error.",
-    "Exit status: 0, or 2 when the file could not be read, something is wrong with the boxes that\n"
-    "place its samples, or not every sample was listed.\n"};
+    "Exit status: 0, or 2 when the file could not be read or is no movie, something is wrong with\n"
+    "the boxes that place its samples, or not every sample was listed.\n"};
 constexpr Command kChart = {
     "chart", "FILE -o CHART", "where things lie in a file, drawn to scale",
     "Draws where things lie in a file, to scale: its boxes, the media of each track, what the "
@@ -52,7 +52,7 @@ constexpr Command kDiff = {
     "\"-\" is in A alone, \"+\" in B alone, \"~\" in both but not the same. Media data is compared "
     "by its size alone.",
     "Exit status: 0 when nothing differs, 1 when something does, 2 when a file could not be read\n"
-    "or not everything was compared.\n"};
+    "or is no movie, or not everything was compared.\n"};
 
 constexpr const char* kHelp = "Print this and exit";
 constexpr const char* kVersion = "Print the version and exit";
