@@ -25,7 +25,8 @@ constexpr Command kTree = {
     "tree", "FILE", "the boxes of a file, with their fields",
     "Prints the boxes of a file: offset, size, type and the standard's name, with the fields below "
     "and what is wrong with a box behind \"!\". Fields of long tables show their first rows.",
-    "Exit status: 0, or 2 when the file could not be read or is no movie, or not every box was listed.\n"};
+    "Exit status: 0, or 2 when the file could not be read or is no movie, or not every box was\n"
+    "listed.\n"};
 constexpr Command kInfo = {
     "info", "FILE", "movie, tracks, codecs, metadata, protection",
     "Prints what a file is: protection, duration and bit rate; of each track its codec with "
