@@ -268,6 +268,13 @@ TEST(Misplaced, PaddingIsBelievedOnlyWhenItsEndIsZeroToo) {
                                                     p::Trak(2, "vide", {p::ProtectedVideo()}))));
 }
 
+TEST(Misplaced, AnUnknownBoxWithoutASizeIsNotClear) {
+  const Bytes hidden = p::Moov(p::Trak(1, "vide", {p::ProtectedVideo()}));
+  EXPECT_EQ(p::kUndetermined, p::VerdictOf(p::ClearMovie() + SizedBox(0, "zzzz") + hidden));
+  // Media data may run to the end, and is no part of the movie.
+  EXPECT_EQ(p::kClear, p::VerdictOf(p::ClearMovie() + SizedBox(0, "mdat") + hidden));
+}
+
 TEST(Misplaced, AMovieBehindLargeMediaDataIsRead) {
   const Bytes moov = p::Moov(p::Trak(1, "vide", {p::ProtectedVideo()}));
   const Bytes media = SizedBox(1, "mdat", Bytes().Be64(16 + 5)) + Bytes().Fill(5);
