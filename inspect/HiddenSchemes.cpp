@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <string_view>
 
-#include "inspect/ProtectedFormats.h"
 #include "io/FourCC.h"
+#include "iso/ProtectedFormats.h"
 #include "iso/UserType.h"
 
 namespace mp4 {

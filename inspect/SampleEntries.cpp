@@ -5,9 +5,9 @@
 #include "inspect/HiddenSchemes.h"
 #include "inspect/Ipmp.h"
 #include "inspect/Misplaced.h"
-#include "inspect/ProtectedFormats.h"
 #include "inspect/SchemeInfo.h"
 #include "io/FourCC.h"
+#include "iso/ProtectedFormats.h"
 #include "iso/TypeText.h"
 
 namespace mp4 {

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "io/FourCC.h"
+#include "iso/ProtectedFormats.h"
 
 namespace mp4 {
 
@@ -10,31 +11,6 @@ namespace {
 
 /// Largest decoder configuration kept; the longest parameter sets take a few kilobytes.
 constexpr std::size_t kMostConfig = std::size_t{64} << 10;
-
-/// Formats that are protected by what they are, whether or not a "sinf" is beside them.
-bool IsProtectedFormat(std::uint32_t format) {
-  switch (format) {
-    case FourCC("encv"):
-    case FourCC("enca"):
-    case FourCC("enct"):
-    case FourCC("encs"):
-    case FourCC("encm"):
-    case FourCC("encf"):
-    case FourCC("encu"):
-    case FourCC("encp"):
-    case FourCC("enc3"):
-    case FourCC("drms"):
-    case FourCC("drmi"):
-    case FourCC("drmt"):
-    case FourCC("p608"):
-    case FourCC("paac"):
-    case FourCC("pac3"):
-    case FourCC("aavd"):
-      return true;
-    default:
-      return false;
-  }
-}
 
 bool IsConfiguration(std::uint32_t type) {
   switch (type) {
@@ -68,7 +44,7 @@ bool IsConfiguration(std::uint32_t type) {
 /// The type by "frma", the scheme by "schm", and by "tenc" whether samples are protected by
 /// default: of several alternatives, one that says yes is enough.
 void ReadProtection(BoxTree* tree, BoxId entry, Description* read) {
-  read->isProtected = IsProtectedFormat(read->format);
+  read->isProtected = IsForProtectedMedia(KindOfFormat(read->format));
   bool any = false;
   for (BoxId sinf = tree->Child(entry, FourCC("sinf")); sinf != kNoBox;
        sinf = tree->NextOfType(sinf)) {

@@ -1,4 +1,4 @@
-#include "inspect/ProtectedFormats.h"
+#include "iso/ProtectedFormats.h"
 
 #include "io/FourCC.h"
 

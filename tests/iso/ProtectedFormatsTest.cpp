@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "inspect/ProtectedFormats.h"
+#include "iso/ProtectedFormats.h"
 #include "io/FourCC.h"
 
 namespace {
