@@ -85,12 +85,17 @@ class ObjectInspection {
     sample_ = &copy;
     sampleOffset_ = sample.offset;
     path_ = tree_.Path(track_.trak) + "/sample[" + std::to_string(number) + "]";
-    FieldView fields(copy.data(), copy.size());
+    return ReadEach({copy.data(), copy.size()}, &ObjectInspection::ReadCommand);
+  }
+
+  /// False when one cannot be read; those behind it are read all the same, as far as they are told
+  /// apart.
+  bool ReadEach(FieldView fields, bool (ObjectInspection::*read)(const Descriptor&)) {
     bool whole = true;
     while (fields.Left() > 0) {
-      Descriptor command;
-      if (!ReadDescriptor(&fields, &command)) return false;
-      whole = ReadCommand(command) && whole;
+      Descriptor descriptor;
+      if (!ReadDescriptor(&fields, &descriptor)) return false;
+      whole = (this->*read)(descriptor) && whole;
     }
     return whole;
   }
@@ -100,14 +105,7 @@ class ObjectInspection {
     if (command.tag == kCommandEsUpdate) return ReadStreams(command.payload);
     if (command.tag != kCommandUpdate && command.tag != kCommandIpmpUpdate)
       return command.tag >= 1 && command.tag <= kLastCommand;
-    FieldView fields = command.payload;
-    bool whole = true;
-    while (fields.Left() > 0) {
-      Descriptor descriptor;
-      if (!ReadDescriptor(&fields, &descriptor)) return false;
-      whole = ReadPart(descriptor) && whole;
-    }
-    return whole;
+    return ReadEach(command.payload, &ObjectInspection::ReadPart);
   }
 
   /// ES_DescriptorUpdate: the id of an object, then streams by reference. Streams of their own

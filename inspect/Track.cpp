@@ -65,45 +65,35 @@ class TrackInspection {
       hasObjects_ = hasObjects_ || type == FourCC("odsm");
       if (type == FourCC("ipsm")) findings_->Doubt(handler, "a track of IPMP messages");
     }
-    bool any = false;
-    for (BoxId box = tree_.FirstChild(mdia); box != kNoBox; box = tree_.Next(box)) {
-      if (tree_.At(box).type != FourCC("minf")) {
-        LookAtOther(box);
-        continue;
-      }
-      any = true;
-      LookAtInformation(box);
-    }
-    if (!any) DoubtMissing(mdia, "minf");
+    FollowEach(mdia, "minf", [this](BoxId minf) { LookAtInformation(minf); });
   }
 
   void LookAtInformation(BoxId minf) {
-    bool any = false;
-    for (BoxId box = tree_.FirstChild(minf); box != kNoBox; box = tree_.Next(box)) {
-      if (tree_.At(box).type != FourCC("stbl")) {
-        LookAtOther(box);
-        continue;
-      }
-      any = true;
-      LookAtTables(box);
-    }
-    if (!any) DoubtMissing(minf, "stbl");
+    FollowEach(minf, "stbl", [this](BoxId stbl) { LookAtTables(stbl); });
   }
 
   void LookAtTables(BoxId stbl) {
     sampleTables_.push_back(stbl);
+    FollowEach(stbl, "stsd", [this](BoxId stsd) {
+      const EntriesSeen seen = InspectSampleEntries(findings_, stsd, &track_, movie_);
+      entries_ += seen.count;
+      hasObjects_ = hasObjects_ || seen.anyOfObjects;
+    });
+  }
+
+  /// The way to the sample entries leads through every child of one type.
+  template <class Follow>
+  void FollowEach(BoxId parent, const char (&type)[5], const Follow& follow) {
     bool any = false;
-    for (BoxId box = tree_.FirstChild(stbl); box != kNoBox; box = tree_.Next(box)) {
-      if (tree_.At(box).type != FourCC("stsd")) {
+    for (BoxId box = tree_.FirstChild(parent); box != kNoBox; box = tree_.Next(box)) {
+      if (tree_.At(box).type != FourCC(type)) {
         LookAtOther(box);
         continue;
       }
       any = true;
-      const EntriesSeen seen = InspectSampleEntries(findings_, box, &track_, movie_);
-      entries_ += seen.count;
-      hasObjects_ = hasObjects_ || seen.anyOfObjects;
+      follow(box);
     }
-    if (!any) DoubtMissing(stbl, "stsd");
+    if (!any) DoubtMissing(parent, type);
   }
 
   void LookAtOther(BoxId box) {
