@@ -21,12 +21,14 @@ std::optional<std::uint64_t> Findings::OffsetOf(BoxId box) const {
   return at.offset;
 }
 
+bool Findings::IsFull() const { return report_->evidence.size() >= kMostEvidence; }
+
 void Findings::AddEvidence(Evidence evidence) {
-  if (report_->evidence.size() < kMostEvidence) report_->evidence.push_back(std::move(evidence));
+  if (!IsFull()) report_->evidence.push_back(std::move(evidence));
 }
 
 void Findings::Support(BoxId box, const Subject& subject, std::string text) {
-  if (report_->evidence.size() >= kMostEvidence) return;
+  if (IsFull()) return;
   AddEvidence({tree_->Path(box), OffsetOf(box), subject.track, subject.item, subject.format,
                subject.scheme, std::move(text)});
 }

@@ -42,6 +42,8 @@ class Findings {
   void AddScheme(const std::string& scheme);
 
   bool IsProtected() const { return protected_; }
+  /// Whether there is so much evidence that no more is kept.
+  bool IsFull() const;
   /// The first doubt; empty when there is none.
   const std::string& FirstDoubt() const { return firstDoubt_; }
   /// Offset of a box in the file, none inside an inflated movie.

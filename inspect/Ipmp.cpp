@@ -1,5 +1,6 @@
 #include "inspect/Ipmp.h"
 
+#include <algorithm>
 #include <string_view>
 
 #include "inspect/DecoderConfig.h"
@@ -16,6 +17,8 @@ namespace {
 constexpr std::size_t kVersionAndFlags = 4;
 /// Pointers kept; a stream needs one.
 constexpr std::size_t kMostPointers = 1000;
+/// Descriptors that can be pointed to; a file has one for each track.
+constexpr std::size_t kMostDescriptors = 10000;
 
 /// Where the "sinf" begins that descriptor data holds; npos without one.
 std::size_t SchemeAt(std::string_view data) {
@@ -136,6 +139,10 @@ std::uint32_t ReadIpmpId(FieldView payload) {
 void InspectIpmpDescriptor(Findings* findings, FieldView payload, const DescriptorBytes& where,
                            MovieFacts* movie) {
   const std::uint32_t id = ReadIpmpId(payload);
+  if (movie->ipmpSchemes.size() >= kMostDescriptors) {
+    findings->Doubt(where.box, "there are more IPMP descriptors than the limit");
+    return;
+  }
   movie->ipmpSchemes.emplace(id, std::string());
   const std::size_t n = payload.Left();
   const unsigned char* bytes = n > 0 ? payload.Bytes(n) : nullptr;
@@ -146,6 +153,8 @@ void InspectIpmpDescriptor(Findings* findings, FieldView payload, const Descript
                                    " names no scheme, and what it protects cannot be told");
     return;
   }
+  // Nothing more would be said.
+  if (findings->IsFull()) return;
   MemorySource memory(bytes + at, n - at);
   CachedSource source(&memory);
   BoxTree boxes(&source);
@@ -195,13 +204,14 @@ void InspectInitialObjects(Findings* findings, BoxId iods, MovieFacts* movie) {
   SkipInitialFields(&object.payload);
   Holder holder(findings, where, movie);
   holder.LookAtParts(object.payload);
-  for (const std::uint32_t pointer : holder.Pointers()) {
-    for (const std::uint32_t track : holder.Streams()) {
-      Subject subject;
-      subject.track = track;
-      holder.Keep(pointer, subject);
-    }
-    if (holder.Streams().empty()) holder.Keep(pointer, {});
+  const std::vector<std::uint32_t>& pointers = holder.Pointers();
+  const std::vector<std::uint32_t>& streams = holder.Streams();
+  // Each pointer protects each stream; that every one of both is met says the same.
+  for (std::size_t i = 0; i < std::max(pointers.size(), streams.size()); ++i) {
+    if (pointers.empty()) break;
+    Subject subject;
+    if (!streams.empty()) subject.track = streams[i < streams.size() ? i : 0];
+    holder.Keep(pointers[i < pointers.size() ? i : 0], subject);
   }
 }
 

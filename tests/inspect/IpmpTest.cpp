@@ -122,6 +122,39 @@ TEST(Ipmp, APointerOfTheInitialObjectsProtectsTheTracksItNames) {
   EXPECT_TRUE(report.tracks.at(1).isProtected);
 }
 
+TEST(Ipmp, EveryPointerAndEveryStreamOfTheInitialObjectsCounts) {
+  const Bytes tracks = p::VideoTrak() + p::AudioTrak();
+  const Bytes streams = p::Descriptor(0x0E, {0, 0, 0, 1}) + p::Descriptor(0x0E, {0, 0, 0, 2});
+  const Bytes scheme = Declared(4, p::MarlinScheme("ACGK"));
+  const mp4::Report one = p::InspectBytes(p::Movie(tracks + Iods(streams + Pointer(4) + scheme)));
+  EXPECT_TRUE(one.tracks.at(0).isProtected);
+  EXPECT_TRUE(one.tracks.at(1).isProtected);
+  const Bytes named = p::Descriptor(0x0E, {0, 0, 0, 1}) + Pointer(9) + Pointer(4) + Pointer(8);
+  const mp4::Report second = p::InspectBytes(p::Movie(tracks + Iods(named + scheme)));
+  EXPECT_TRUE(second.tracks.at(0).isProtected);
+  EXPECT_FALSE(second.tracks.at(1).isProtected);
+}
+
+TEST(Ipmp, ThousandsOfPointersStreamsAndDescriptorsEnd) {
+  Bytes parts;
+  for (int i = 0; i < 3000; ++i) parts.Append(Pointer(1)).Append(p::Descriptor(0x0E, {0, 0, 0, 1}));
+  Bytes boxes;
+  for (int i = 0; i < 100; ++i) boxes.Append(Iods(parts));
+  const mp4::Report report = p::InspectBytes(p::Movie(p::VideoTrak() + boxes));
+  EXPECT_EQ(p::kUndetermined, report.verdict);
+  EXPECT_LE(report.problems.size(), 200U);
+  Bytes descriptors;
+  for (unsigned i = 0; i < 12000; ++i)
+    descriptors.Append(p::Descriptor(0x0B, Bytes{0xFF}.Be16(i).Append({1, 2})));
+  Bytes controls;
+  for (std::size_t at = 0; at < 12000; at += 6000) {
+    Bytes half;
+    for (std::size_t i = at * 10; i < (at + 6000) * 10; ++i) half.Byte(descriptors[i]);
+    controls.Append(Ipmc(half));
+  }
+  EXPECT_EQ(p::kUndetermined, p::VerdictOf(p::Movie(p::VideoTrak() + controls)));
+}
+
 TEST(Ipmp, AUrlTakesThePlaceOfTheProfiles) {
   const Bytes object = Bytes().Be16(0x6F).Byte(1).Text("u").Append(Pointer(4));
   const Bytes iods = FullBox("iods", 0, 0, p::Descriptor(0x10, object));
