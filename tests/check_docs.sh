@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# What the pages say is so: check_docs.sh SOURCE BUILD [PAGE...]
+# What the pages say is so: check_docs.sh SOURCE BUILD [[--record] PAGE...]
 # Runs the code blocks of docs/ and of the Python package's page, as tests/blocks.sh has them, with what
 # BUILD installs. README.md and CONTRIBUTING.md, which build the project, are check_readme.sh's.
+# With --record, what the commands of the pages' `console` blocks print replaces what is there.
 set -euo pipefail
 source=$(cd "$1" && pwd) build=$(cd "$2" && pwd)
 source "$source/tests/blocks.sh"
@@ -28,7 +29,28 @@ for python in python3 /usr/bin/python3; do
   "$python" -c 'import numpy' 2>/dev/null && break
 done
 
+record() {
+  local line inside= printed=
+  while IFS= read -r line; do
+    [[ $line != '```'* ]] || inside= printed=
+    [[ $line != '```console'* ]] || inside=1
+    if [[ -n $inside && $line == '$ '* ]]; then
+      echo "$line"
+      bash -c "$(in_place <<<"${line#* }")" 2>&1 || true
+      printed=1
+    fi
+    [[ -n $printed ]] || echo "$line"
+  done <"$1" >"$work/recorded"
+  cat "$work/recorded" >"$1"
+}
+
 pages=("${@:3}")
+if [[ ${pages-} == --record ]]; then
+  for page in "${pages[@]:1}"; do
+    record "$page"
+  done
+  exit
+fi
 ((${#pages[@]})) || pages=(docs/*.md bindings/python/README.md)
 ran=0
 for page in "${pages[@]}"; do
