@@ -31,6 +31,12 @@ macro(mp4judge_deb component package section summary text)
     COMPONENT ${component} EXCLUDE_FROM_ALL)
   install(FILES ${PROJECT_BINARY_DIR}/changelog.Debian.gz DESTINATION ${about}
     COMPONENT ${component} EXCLUDE_FROM_ALL)
+  # These packages are not for the distribution's own archive, where there would be a bug to close.
+  set(override ${PROJECT_BINARY_DIR}/overrides/${package})
+  file(WRITE ${override} "# Not for the distribution's archive, so there is no bug to close.\n"
+    "${package}: initial-upload-closes-no-bugs *\n")
+  install(FILES ${override} DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides
+    COMPONENT ${component} EXCLUDE_FROM_ALL)
 endmacro()
 
 # Packed without a date, so that the same sources give the same bytes.
@@ -79,4 +85,5 @@ install(DIRECTORY bindings/python/mp4judge DESTINATION lib/python3/dist-packages
   FILES_MATCHING PATTERN "*.py" PATTERN "py.typed" PATTERN __pycache__ EXCLUDE)
 
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/CompressManuals.cmake)
+set(CPACK_POST_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/RepackLibrary.cmake)
 include(CPack)
