@@ -74,7 +74,7 @@ typedef struct mp4judge_movie_track {
   int in_movie;                 ///< 0 when fragments alone name the track
   const char* handler;          ///< "vide", "soun", ...; null when not told
   const char* format;           ///< of the sample entry: "avc1", "encv"; null without one
-  const char* codec;            ///< the format before protection: "avc1"
+  const char* codec;            ///< the format before protection: "avc1"; null without one
   int is_protected;             ///< whether some sample description is
   const char* scheme;           ///< "cenc", ...; null when none is named
   size_t description_count;     ///< sample descriptions

@@ -15,6 +15,7 @@ from typing import TYPE_CHECKING, Any, NamedTuple, Optional, TypeVar, Union, ove
 
 from . import _library
 from ._library import ERROR_MEMORY, library
+from ._need import need
 from ._sources import FileReader, Source, call_with, is_buffer, memory_of, path_of, raise_unopened
 
 if TYPE_CHECKING:
@@ -204,8 +205,7 @@ class Samples(Sequence[Sample]):
 
     def columns(self) -> Columns:
         """All of these samples as NumPy arrays, filled by the library."""
-        import numpy
-
+        numpy = need("columns()", "numpy", "python3-numpy")
         rows = self._rows
         low, high = (min(rows[0], rows[-1]), max(rows[0], rows[-1]) + 1) if rows else (0, 0)
         made = {name: numpy.empty(high - low, kind) for name, kind in _KINDS.items()}
@@ -219,8 +219,7 @@ class Samples(Sequence[Sample]):
 
     def frame(self) -> Any:
         """All of these samples as a pandas DataFrame."""
-        import pandas  # type: ignore[import]
-
+        pandas = need("frame()", "pandas", "python3-pandas")
         columns = self.columns()
         names = [*(name for name in _KINDS if name != "flags"), "sync", "protected", "outside"]
         return pandas.DataFrame(

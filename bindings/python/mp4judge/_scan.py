@@ -3,7 +3,6 @@
 from __future__ import annotations
 
 import hashlib
-import importlib
 import json
 import os
 from collections import Counter
@@ -12,6 +11,7 @@ from dataclasses import dataclass
 from typing import Any, Optional, Union
 
 from ._inspect import inspect
+from ._need import need
 from ._report import Report
 
 #: One row: `path`, `verdict`, `schemes`, `reason`, `host_answer`, `tracks`, `protected_tracks`,
@@ -34,10 +34,7 @@ class Summary:
 
 
 def _need(module: str, package: str) -> Any:
-    try:
-        return importlib.import_module(module)
-    except ImportError as why:
-        raise ImportError(f"mp4judge.scan needs {module} (Debian: {package}): {why}") from why
+    return need("mp4judge.scan", module, package)
 
 
 def objects_of(place: str, storage_options: Mapping[str, Any] | None = None) -> list[str]:

@@ -341,3 +341,14 @@ def test_all_but_columns_does_without_numpy() -> None:
         check=True,
     )
     assert done.stdout == b"as it should\n"
+
+
+def test_what_is_not_installed_is_named(monkeypatch: pytest.MonkeyPatch) -> None:
+    missing: Any = None
+    with mp4judge.open(boxes.film([10])) as movie:
+        monkeypatch.setitem(sys.modules, "pandas", missing)
+        with pytest.raises(ImportError, match=r"frame\(\) needs pandas \(Debian: python3-pandas\)"):
+            movie.tracks[0].samples.frame()
+        monkeypatch.setitem(sys.modules, "numpy", missing)
+        with pytest.raises(ImportError, match=r"columns\(\) needs numpy \(Debian: python3-numpy\)"):
+            movie.tracks[0].samples.columns()
