@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "iso/ProtectedFormats.h"
 #include "io/FourCC.h"
+#include "iso/ProtectedFormats.h"
 
 namespace {
 
