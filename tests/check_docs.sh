@@ -72,4 +72,8 @@ for page in "${pages[@]}"; do
     ran=$((ran + 1))
   done
 done
+# Every file that is made for a page is shown there.
+for file in "$build"/protection/*; do
+  grep -q "${file##*/}" docs/protection.md || fail "docs/protection.md does not show ${file##*/}"
+done
 (($# > 2 || ran > 20)) || fail "only $ran blocks were found"

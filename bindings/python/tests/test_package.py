@@ -138,7 +138,7 @@ def test_the_module_does_not_run_a_script_that_could_run_it(folder: pathlib.Path
     assert (done.returncode, done.stdout) == (0, f"{folder}/clear.mp4: clear\n")
 
 
-@pytest.mark.parametrize("block", re.findall(r"```python\n(.*?)```", README.read_text(), re.S))
+@pytest.mark.parametrize("block", re.findall(r"```python.*?\n(.*?)```", README.read_text(), re.S))
 def test_every_block_of_the_readme_runs(block: str, folder: pathlib.Path) -> None:
     data = boxes.film([5, 3, 9], sync=(1,))
     (folder / "film.mp4").write_bytes(data)
