@@ -15,7 +15,7 @@ from ._sources import Source
 from ._tree import Box, ask, tree
 
 _WIDTH, _LEFT, _RIGHT, _ROW = 880, 96, 872, 20
-#: Boxes narrower than this are drawn together, and levels without a wider one are left out.
+#: Boxes narrower than this are drawn together.
 _NARROW = 3.0
 _MOST_LANES = 8
 _MOST_LEVELS = 8
@@ -62,13 +62,15 @@ class _Picture:
         )
 
     def levels(self, boxes: Iterable[Box], start: int, end: int) -> None:
-        """A row of boxes, and one for each level below that is wide enough to be seen."""
+        """A row of boxes, and one for each level below, down to one of narrow boxes alone."""
         scale = _Scale(start, end)
         level = [box for box in boxes if box.space == 0]
         for _ in range(_MOST_LEVELS):
             self._row(level, scale)
-            level = [child for box in level for child in box.children if child.space == 0]
             if not any(scale.width(box.offset, box.present) >= _NARROW for box in level):
+                break
+            level = [child for box in level for child in box.children if child.space == 0]
+            if not level:
                 break
         self._y += 4
 

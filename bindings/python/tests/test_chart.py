@@ -72,6 +72,12 @@ def test_boxes_too_narrow_to_be_seen_are_drawn_together() -> None:
     assert len(mp4judge.chart(data).svg) < 200_000
 
 
+def test_a_movie_of_very_many_tracks_shows_that_they_are_there() -> None:
+    data = boxes.movie(*(boxes.track(number=i + 1) for i in range(1000)))
+    crowds = [title for title in titles(drawn(data)) if "boxes, among them moov/" in title]
+    assert sum(int(title.split()[0]) for title in crowds) == 1001  # and the movie header
+
+
 def test_a_crowd_is_marked_when_evidence_is_in_it() -> None:
     data = boxes.cenc() + boxes.box("mdat", bytes(1_000_000))
     marked = [g[0].text for g in drawn(data).iter(SVG + "g") if "stroke" in g[1].attrib]
