@@ -77,6 +77,10 @@ uint64_t mp4judge_movie_sync_before(mp4judge_movie* movie, size_t track, uint64_
   return Ask(movie, track, [&](Track* asked) { return asked->SyncAtOrBefore(number); });
 }
 
+uint64_t mp4judge_movie_shadow_of(mp4judge_movie* movie, size_t track, uint64_t number) {
+  return Ask(movie, track, [&](Track* asked) { return asked->ShadowOf(number); });
+}
+
 int mp4judge_movie_presentation_time(mp4judge_movie* movie, size_t track, int64_t composition_time,
                                      int64_t* time) {
   return Ask(movie, track, [&](Track* asked) {

@@ -116,7 +116,21 @@ void WalkTogether(mp4::Movie* movie) {
   }
 }
 
-void Compare(mp4::Movie* inMemory, mp4::Movie* read) {
+/// The fragment for a time, which has to be one.
+void CompareFragments(const mp4::Track& track, const Bytes& file, mp4::Movie* inMemory,
+                      mp4::Movie* read) {
+  for (const std::int64_t time : {std::int64_t{0}, std::int64_t{5000}, INT64_MAX}) {
+    const auto place = inMemory->FragmentAt(track, time);
+    const auto other = read->FragmentAt(track, time);
+    Demand(place.has_value() == other.has_value());
+    if (!place) continue;
+    Demand(place->offset == other->offset && place->decodeTime == other->decodeTime);
+    Demand(place->offset <= file.size - 8 &&
+           std::memcmp(file.data + place->offset + 4, "moof", 4) == 0);
+  }
+}
+
+void Compare(const Bytes& file, mp4::Movie* inMemory, mp4::Movie* read) {
   inMemory->ReadFragments();
   read->ReadFragments();
   Demand(inMemory->Tracks().size() == read->Tracks().size());
@@ -128,6 +142,7 @@ void Compare(mp4::Movie* inMemory, mp4::Movie* read) {
     Demand(samples.size() == others.size() && track->SampleCount() == other->SampleCount());
     for (std::size_t k = 0; k < samples.size(); ++k) Demand(Same(samples[k], others[k]));
     CompareLookUps(track, samples);
+    CompareFragments(*track, file, inMemory, read);
     Demand(track->Problems().Kept().size() == other->Problems().Kept().size());
   }
 }
@@ -140,11 +155,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   mp4::CallbackSource callbacks(ReadAt, SizeOf, &bytes);
   mp4::Movie movie(&memory);
   mp4::Movie other(&callbacks);
-  Compare(&movie, &other);
+  Compare(bytes, &movie, &other);
   if (movie.Tracks().size() <= kMostTracks) WalkTogether(&movie);
   // The same bytes as a segment and its initialization.
   mp4::Movie segment(&memory, &memory);
   mp4::Movie otherSegment(&callbacks, &memory);
-  Compare(&segment, &otherSegment);
+  Compare(bytes, &segment, &otherSegment);
   return 0;
 }

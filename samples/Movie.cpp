@@ -132,6 +132,11 @@ bool Movie::ReadFragment(std::uint64_t offset, const BoxBytes& header, FragmentR
   return held == n;
 }
 
+std::optional<FragmentPlace> Movie::FragmentAt(const Track& track, std::int64_t time) {
+  const TrackInfo& info = track.Info();
+  return FragmentFinder(&media_, &problems_).Find(info.id, info.timescale, time);
+}
+
 std::size_t Movie::FragmentMemory() const {
   std::size_t bytes = keep_.Bytes();
   for (const auto& track : tracks_) {

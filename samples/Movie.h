@@ -2,10 +2,12 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <unordered_map>
 #include <vector>
 
 #include "io/CachedSource.h"
+#include "samples/FragmentFinder.h"
 #include "samples/Track.h"
 
 namespace mp4 {
@@ -35,6 +37,10 @@ class Movie : private FragmentTracks {
   /// Reads all movie fragments, if that has not been done.
   void ReadFragments();
   std::uint32_t Fragments() const { return fragments_; }
+
+  /// Where to begin reading for a composition time of a track, without reading all fragments. The
+  /// place that an index wrongly names is a problem.
+  std::optional<FragmentPlace> FragmentAt(const Track& track, std::int64_t time);
 
   /// Bytes kept for the fragments.
   std::size_t FragmentMemory() const;

@@ -42,6 +42,8 @@ const char* WordsOf(SampleFault fault) {
       return "stands in a track fragment that says it is empty";
     case SampleFault::kNotRead:
       return "is compressed and was not read";
+    case SampleFault::kNoFragmentThere:
+      return "points to where no movie fragment begins";
     case SampleFault::kGroupsUnreadable:
       return "cannot be read in full; samples it may name count as protected";
   }

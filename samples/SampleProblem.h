@@ -24,6 +24,7 @@ enum class SampleFault : std::uint8_t {
   kPlaceUnknown,      ///< samples of a run are not listed: nothing tells where they are
   kRunsInEmpty,       ///< runs in a track fragment that says it is empty
   kNotRead,           ///< a compressed fragment
+  kNoFragmentThere,   ///< an index points to where no movie fragment begins
   kGroupsUnreadable,  ///< protection groups that cannot be read: their samples count as protected
 };
 

@@ -99,6 +99,24 @@ void ReadDescriptions(BoxTree* tree, BoxId minf, TrackInfo* info, SampleProblems
   }
 }
 
+std::optional<CompositionRange> ReadCompositionRange(BoxTree* tree, BoxId stbl,
+                                                     SampleProblems* problems) {
+  const BoxId cslg = Below(tree, stbl, FourCC("cslg"));
+  if (cslg == kNoBox) return std::nullopt;
+  FieldView fields = PayloadOf(tree, cslg);
+  const bool wide = ReadVersionAndFlags(&fields).version == 1;
+  const auto next = [&] { return wide ? fields.S64() : fields.S32(); };
+  CompositionRange range;
+  range.shift = next();
+  range.leastOffset = next();
+  range.greatestOffset = next();
+  range.start = next();
+  range.end = next();
+  if (fields.Ok()) return range;
+  problems->Note(SampleFault::kCut, FourCC("cslg"));
+  return std::nullopt;
+}
+
 }  // namespace
 
 bool TrackInfo::IsProtected() const {
@@ -122,6 +140,7 @@ TrackInfo ReadTrackInfo(BoxTree* tree, BoxId trak, std::uint32_t movieScale,
   info.handler = handler.Type();
   if (!handler.Ok()) problems->Note(SampleFault::kMissing, FourCC("hdlr"));
   ReadDescriptions(tree, Below(tree, mdia, FourCC("minf")), &info, problems);
+  info.composition = ReadCompositionRange(tree, SampleTableOf(tree, trak), problems);
   const BoxId elst = Below(tree, Below(tree, trak, FourCC("edts")), FourCC("elst"));
   if (elst != kNoBox) {
     info.timeline = EditTimeline(ReadEdits(tree, elst, problems), movieScale, info.timescale);

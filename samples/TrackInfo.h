@@ -10,6 +10,15 @@
 
 namespace mp4 {
 
+/// CompositionToDecodeBox ("cslg", 8.6.1.4). Times count in units of the media's timescale.
+struct CompositionRange {
+  std::int64_t shift = 0;  ///< added to composition times, none is below its decode time
+  std::int64_t leastOffset = 0;
+  std::int64_t greatestOffset = 0;
+  std::int64_t start = 0;  ///< of the sample composed first
+  std::int64_t end = 0;    ///< of the sample composed last; 0 when not told
+};
+
 /// What the boxes of a track (ISO/IEC 14496-12, 8.3) say of it besides its samples.
 struct TrackInfo {
   std::uint32_t id = 0;
@@ -22,6 +31,7 @@ struct TrackInfo {
   double height = 0;
   std::vector<Description> descriptions;
   EditTimeline timeline;
+  std::optional<CompositionRange> composition;
 
   /// Whether some description is protected.
   bool IsProtected() const;

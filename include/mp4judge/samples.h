@@ -101,6 +101,20 @@ MP4JUDGE_API const mp4judge_movie_track* mp4judge_movie_track_at(mp4judge_movie*
 /// Units a second of the movie; 0 without a movie box.
 MP4JUDGE_API uint32_t mp4judge_movie_timescale(const mp4judge_movie* movie);
 
+/// What a track tells of its composition times (CompositionToDecodeBox, 8.6.1.4), in units of the
+/// track's timescale. The caller's own.
+typedef struct mp4judge_composition {
+  int64_t shift;  ///< added to composition times, none is below its decode time
+  int64_t least_offset;
+  int64_t greatest_offset;
+  int64_t start;  ///< of the sample composed first
+  int64_t end;    ///< of the sample composed last; 0 when not told
+} mp4judge_composition;
+
+/// 1 and what is told; 0 when nothing is.
+MP4JUDGE_API int mp4judge_movie_composition(mp4judge_movie* movie, size_t track,
+                                            mp4judge_composition* composition);
+
 /* ---- Samples --------------------------------------------------------------------------------- */
 
 /// One sample. The caller's own; its members stay as they are in all versions.
@@ -146,6 +160,10 @@ MP4JUDGE_API uint64_t mp4judge_movie_at_presentation_time(mp4judge_movie* movie,
 MP4JUDGE_API uint64_t mp4judge_movie_sync_before(mp4judge_movie* movie, size_t track,
                                                  uint64_t number);
 
+/// The sync sample that may stand in for a sample (ShadowSyncSampleBox, 8.6.3).
+MP4JUDGE_API uint64_t mp4judge_movie_shadow_of(mp4judge_movie* movie, size_t track,
+                                               uint64_t number);
+
 /// When a composition time is presented, through the edit list: 1 and the time, in units of the
 /// track; 0 when no edit shows it.
 MP4JUDGE_API int mp4judge_movie_presentation_time(mp4judge_movie* movie, size_t track,
@@ -183,6 +201,29 @@ MP4JUDGE_API size_t mp4judge_movie_columns(mp4judge_movie* movie, size_t track, 
 MP4JUDGE_API size_t mp4judge_movie_problem_count(mp4judge_movie* movie, size_t track);
 /// Problem `i`, from 0; null behind the last one.
 MP4JUDGE_API const char* mp4judge_movie_problem(mp4judge_movie* movie, size_t track, size_t i);
+
+/* ---- Fragments ------------------------------------------------------------------------------- */
+
+/// How a movie fragment was found.
+typedef enum mp4judge_found_by {
+  MP4JUDGE_BY_SEGMENT_INDEX = 0,  ///< "sidx"
+  MP4JUDGE_BY_RANDOM_ACCESS = 1,  ///< "mfra"
+  MP4JUDGE_BY_HEADERS = 2         ///< the decode times of the fragments, read one after the other
+} mp4judge_found_by;
+
+/// A movie fragment. The caller's own; its members stay as they are in all versions.
+typedef struct mp4judge_fragment {
+  uint64_t offset;      ///< of its "moof" in the file
+  int64_t decode_time;  ///< of the track's first sample in it; -1 when not told
+  mp4judge_found_by found_by;
+} mp4judge_fragment;
+
+/// The last fragment that begins at or before a composition time of the track: where a reader
+/// begins. Reads an index, if there is one, and that fragment; no others. An index that points to
+/// where no fragment begins is among the movie's problems, and the next way is taken. 1 and the
+/// fragment; 0 without one.
+MP4JUDGE_API int mp4judge_movie_fragment_at(mp4judge_movie* movie, size_t track, int64_t time,
+                                            mp4judge_fragment* fragment);
 
 /* ---- Walking --------------------------------------------------------------------------------- */
 

@@ -154,6 +154,22 @@ class Movie {
   std::size_t Read(const mp4judge_sample& sample, void* bytes, std::size_t n) const {
     return mp4judge_movie_read(get(), &sample, bytes, n);
   }
+  /// The sync sample that may stand in for a sample; 0 without one.
+  std::uint64_t ShadowOf(std::size_t track, std::uint64_t number) const {
+    return mp4judge_movie_shadow_of(get(), track, number);
+  }
+  /// What the track tells of its composition times.
+  std::optional<mp4judge_composition> Composition(std::size_t track) const {
+    mp4judge_composition composition;
+    if (mp4judge_movie_composition(get(), track, &composition) == 0) return std::nullopt;
+    return composition;
+  }
+  /// The last fragment that begins at or before a composition time, found without reading all.
+  std::optional<mp4judge_fragment> FragmentAt(std::size_t track, std::int64_t time) const {
+    mp4judge_fragment fragment;
+    if (mp4judge_movie_fragment_at(get(), track, time, &fragment) == 0) return std::nullopt;
+    return fragment;
+  }
   /// Fills columns with up to `most` samples from number `first` on; how many there were.
   std::size_t Columns(std::size_t track, std::uint64_t first, std::size_t most,
                       const mp4judge_columns& columns) const {

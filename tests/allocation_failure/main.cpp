@@ -191,6 +191,9 @@ std::uint64_t SumOfSamples(const char* path) {
       mp4judge_movie_sample(movie, track, sample.number, &sample);
     }
     mp4judge_cursor_free(cursor);
+    mp4judge_fragment fragment{};
+    mp4judge_movie_fragment_at(movie, track, 0, &fragment);
+    sum += fragment.offset;
     const mp4judge_movie_track* shown = mp4judge_movie_track_at(movie, track);
     sum += (shown != nullptr ? shown->id : 0) + mp4judge_movie_problem_count(movie, track);
   }

@@ -96,6 +96,45 @@ TEST(MovieInterface, AnswersEveryQuestionAboutSamples) {
   EXPECT_EQ(mp4judge_movie_problem(movie.get(), 0, 0), nullptr);
 }
 
+TEST(MovieInterface, FindsAFragmentWithoutReadingAll) {
+  const Bytes fragment = Moof(Mfhd(1) + Traf(Tfhd(0x20008, 1, Bytes().Be32(100)) +
+                                             FullBox("tfdt", 0, 0, Bytes().Be32(400))));
+  TableMovie m;
+  m.mvex = Mvex(Trex(1));
+  const Bytes front = m.File();
+  const Bytes index = FullBox(
+      "sidx", 0, 0,
+      Be32s({1, 1000, 400, 0, 1, static_cast<std::uint32_t>(fragment.size()), 1000, 0x90000000}));
+  const mp4judge::Movie plain = mp4judge::Movie::OfMemory(front.data(), front.size());
+  EXPECT_FALSE(plain.FragmentAt(0, 500));
+  const Bytes file = front + index + fragment;
+  const mp4judge::Movie movie = mp4judge::Movie::OfMemory(file.data(), file.size());
+  const auto found = movie.FragmentAt(0, 500);
+  ASSERT_TRUE(found);
+  EXPECT_EQ(found->offset, front.size() + index.size());
+  EXPECT_EQ(found->decode_time, 400);
+  EXPECT_EQ(found->found_by, MP4JUDGE_BY_SEGMENT_INDEX);
+  EXPECT_FALSE(movie.FragmentAt(0, 399));
+  EXPECT_FALSE(movie.FragmentAt(1, 500));
+}
+
+TEST(MovieInterface, TellsShadowsAndCompositionTimes) {
+  TableMovie m;
+  m.more = BoxOf32("cslg", {7, 0xFFFFFFFE, 5, 0, 500}) + BoxOf32("stsh", {1, 3, 1});
+  const Bytes file = m.File();
+  const mp4judge::Movie movie = mp4judge::Movie::OfMemory(file.data(), file.size());
+  EXPECT_EQ(movie.ShadowOf(0, 3), 1u);
+  EXPECT_EQ(movie.ShadowOf(0, 2), 0u);
+  const auto composition = movie.Composition(0);
+  ASSERT_TRUE(composition);
+  EXPECT_EQ(composition->shift, 7);
+  EXPECT_EQ(composition->least_offset, -2);
+  EXPECT_EQ(composition->greatest_offset, 5);
+  EXPECT_EQ(composition->start, 0);
+  EXPECT_EQ(composition->end, 500);
+  EXPECT_FALSE(movie.Composition(1));
+}
+
 TEST(MovieInterface, SaysWhatIsWrongWithATrack) {
   TableMovie m;
   m.stts = Stts({{3, 100}});
@@ -224,6 +263,9 @@ TEST(MovieInterface, WhatCannotBeOpenedHasNothing) {
     EXPECT_EQ(mp4judge_movie_at_composition_time(movie, 0, 0), 0u);
     EXPECT_EQ(mp4judge_movie_at_presentation_time(movie, 0, 0), 0u);
     EXPECT_EQ(mp4judge_movie_sync_before(movie, 0, 1), 0u);
+    EXPECT_EQ(mp4judge_movie_shadow_of(movie, 0, 1), 0u);
+    EXPECT_EQ(mp4judge_movie_composition(movie, 0, nullptr), 0);
+    EXPECT_EQ(mp4judge_movie_fragment_at(movie, 0, 0, nullptr), 0);
     EXPECT_EQ(mp4judge_movie_presentation_time(movie, 0, 0, nullptr), 0);
     EXPECT_EQ(mp4judge_movie_read(movie, &sample, nullptr, 0), 0u);
     EXPECT_EQ(mp4judge_movie_columns(movie, 0, 1, 1, nullptr), 0u);
