@@ -37,6 +37,7 @@ class ItemInspection {
     std::stable_sort(items_.begin(), items_.end(),
                      [](const Item& a, const Item& b) { return a.id < b.id; });
     for (Item& item : items_) LookAtProtection(&item);
+    CheckInputs();
     SpreadOverReferences();
     CheckPrimary();
     CheckUnusedParameters();
@@ -93,6 +94,8 @@ class ItemInspection {
 
   void LookAtSchemes(BoxId ipro) {
     for (BoxId box = tree_.FirstChild(ipro); box != kNoBox; box = tree_.Next(box)) {
+      if (tree_.At(box).type != FourCC("sinf"))
+        findings_->Doubt(box, "the item protection holds a box that is no scheme");
       sinfs_.push_back(box);
       schemes_.push_back(ReadSchemeInfo(&tree_, box));
     }
@@ -174,6 +177,16 @@ class ItemInspection {
         findings_->Protect(item->box, SubjectOf(*item),
                            "An item derived from protected item " + std::to_string(input) + ".");
       }
+    }
+  }
+
+  /// What a derived item shows has to be known.
+  void CheckInputs() {
+    for (const auto& [from, input] : derived_) {
+      if (Find(input) != nullptr) continue;
+      findings_->Doubt(meta_, "an input of derived item " + std::to_string(from) +
+                                  " is none of the items listed");
+      return;
     }
   }
 

@@ -1,5 +1,8 @@
 #include "inspect/Misplaced.h"
 
+#include "inspect/BoxNames.h"
+#include "inspect/HiddenSchemes.h"
+#include "iso/ProtectedFormats.h"
 #include "io/FourCC.h"
 #include "iso/TypeText.h"
 #include "iso/UserType.h"
@@ -15,6 +18,7 @@ bool IsOnTheWay(std::uint32_t type) {
     case FourCC("stbl"):
     case FourCC("stsd"):
     case FourCC("sinf"):
+    case FourCC("rinf"):
     case FourCC("schm"):
     case FourCC("schi"):
     case FourCC("tenc"):
@@ -59,6 +63,13 @@ bool BeginsOneOnTheWay(std::uint32_t type) {
   }
 }
 
+/// Whether this is a sample entry that is protected, by the format or by what it holds.
+bool IsProtectedEntry(BoxTree* tree, BoxId box) {
+  const std::uint32_t type = tree->At(box).type;
+  if (IsForProtectedMedia(KindOfFormat(type))) return true;
+  return !NameOfFormat(type).empty() && !FindHiddenScheme(tree, box, true).empty();
+}
+
 /// Boxes with bytes of their own that may look like anything.
 bool IsBulk(std::uint32_t type) {
   return type == FourCC("mdat") || type == FourCC("free") || type == FourCC("skip") ||
@@ -66,6 +77,26 @@ bool IsBulk(std::uint32_t type) {
 }
 
 }  // namespace
+
+bool IsBoxBesideEntries(std::uint32_t type) {
+  switch (type) {
+    case FourCC("stsc"):
+    case FourCC("stsz"):
+    case FourCC("stz2"):
+    case FourCC("stco"):
+    case FourCC("co64"):
+    case FourCC("stss"):
+    case FourCC("ctts"):
+    case FourCC("edts"):
+    case FourCC("elst"):
+    case FourCC("dref"):
+    case FourCC("udta"):
+    case FourCC("mdat"):
+      return true;
+    default:
+      return BeginsOneOnTheWay(type);
+  }
+}
 
 bool CoversBoxOnTheWay(BoxTree* tree, BoxId box, std::uint64_t from) {
   FieldView fields = tree->Payload(box, from, 8);
@@ -91,6 +122,8 @@ void CheckUnknownBox(Findings* findings, BoxId box) {
       kind == UserTypeKind::kTrackEncryption || kind == UserTypeKind::kSampleEncryption;
   if (IsOnTheWay(type) || isPiff) {
     findings->Doubt(box, "a box \"" + TypeText(type) + "\" stands where none belongs");
+  } else if (IsProtectedEntry(&tree, box)) {
+    findings->Doubt(box, "a sample entry \"" + TypeText(type) + "\" stands where none belongs");
   } else if (!IsBulk(type) && tree.At(box).PayloadSize() >= 8 &&
              // Behind the fields that a full box, or one with a count, has.
              (CoversBoxOnTheWay(&tree, box, 0) || CoversBoxOnTheWay(&tree, box, 4) ||

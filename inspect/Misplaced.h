@@ -5,8 +5,11 @@
 namespace mp4 {
 
 /// Whether this is the type of a box through which the way to a sample entry, an item or a scheme
-/// leads: none of these is a sample entry's format.
+/// leads.
 bool IsOnTheWay(std::uint32_t type);
+
+/// Whether this is the type of a box that stands around sample entries, and is none.
+bool IsBoxBesideEntries(std::uint32_t type);
 
 /// Doubts a child box that is none of those its parent's walk knows when it could be a broken
 /// twin of one that matters: a track's box outside its parent, or a box of unknown type that

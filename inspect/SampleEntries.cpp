@@ -172,7 +172,7 @@ class EntryInspection {
   /// An entry whose layout nobody knows, or a box that covers others, could hold a scheme all the
   /// same: then its four characters stand somewhere.
   void LookForHiddenSchemes() {
-    if (IsOnTheWay(tree_.At(entry_).type))
+    if (IsBoxBesideEntries(tree_.At(entry_).type))
       findings_->Doubt(entry_, "a box that is none stands among the sample entries");
     if (wrapping_ != kNoBox)
       findings_->Doubt(wrapping_, "a box names a format for protected media");

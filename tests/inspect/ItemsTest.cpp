@@ -74,6 +74,21 @@ TEST(InspectItems, ACircleOfDerivedItemsEnds) {
             p::VerdictOf(p::ImageFile(items + p::Iref(p::Dimg(1, {2, 1}) + p::Dimg(2, {1})))));
 }
 
+TEST(InspectItems, AnInputThatIsNotListedIsNotClear) {
+  const Bytes items = p::Iinf({p::Infe(1, 0, "grid"), p::Infe(2, 0)});
+  for (const unsigned input : {1U, 2U, 3U}) {
+    EXPECT_EQ(input <= 2 ? p::kClear : p::kUndetermined,
+              p::VerdictOf(p::ImageFile(items + p::Iref(p::Dimg(1, {2, input})))))
+        << input;
+  }
+}
+
+TEST(InspectItems, ABoxAmongTheSchemesThatIsNoneIsNotClear) {
+  const Bytes items = p::Iinf({p::Infe(1, 0)});
+  EXPECT_EQ(p::kClear, p::VerdictOf(p::ImageFile(items + p::Ipro({SchemeOnly()}))));
+  EXPECT_EQ(p::kUndetermined, p::VerdictOf(p::ImageFile(items + p::Ipro({Box("sinx")}))));
+}
+
 TEST(InspectItems, CutReferencesAreNotClear) {
   const Bytes items = p::Iinf({p::Infe(1, 0, "grid"), p::Infe(2, 0)});
   const Bytes cut = Box("dimg", Bytes().Be16(1).Be16(2).Be16(2));

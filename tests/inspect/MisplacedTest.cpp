@@ -31,6 +31,28 @@ TEST(Misplaced, ASchemeOutsideItsEntryIsNotClear) {
   EXPECT_EQ(p::kUndetermined, p::VerdictOf(p::Movie(p::Trak(1, "vide", {p::ClearVideo()}, meta))));
 }
 
+TEST(Misplaced, AProtectedEntryOutsideItsDescriptionIsNotClear) {
+  const Bytes clear = p::Stsd({p::ClearVideo()});
+  for (const Bytes& entry : {p::ProtectedVideo(), p::VideoEntry("drmi"), p::PlainEntry("encu"),
+                             p::AudioEntry("mp4a", p::Sinf("mp4a", "cenc")),
+                             p::PlainEntry("stpp", Bytes().Fill(3) + p::Sinf("stpp", "cenc"))}) {
+    EXPECT_EQ(p::kUndetermined, p::VerdictOf(p::Movie(TrakOf(clear + entry))));
+    EXPECT_EQ(p::kUndetermined,
+              p::VerdictOf(p::Movie(p::Trak(1, "vide", {p::ClearVideo()}, entry))));
+    EXPECT_EQ(p::kUndetermined, p::VerdictOf(p::ClearMovie() + entry));
+  }
+  EXPECT_EQ(p::kClear, p::VerdictOf(p::Movie(TrakOf(clear + p::ClearAudio()))));
+  EXPECT_EQ(p::kUndetermined, p::VerdictOf(p::ClearMovie() + Box("rinf", p::Sinf("avc1", "cenc"))));
+}
+
+TEST(Misplaced, ABoxOfTheMovieIsNoEntry) {
+  for (const char* type : {"tkhd", "stco", "stts", "ftyp", "udta", "mdat", "dref"}) {
+    const Bytes stray = Box(type, Bytes().Fill(8));
+    EXPECT_EQ(p::kUndetermined, p::VerdictOf(p::MovieOf(stray))) << type;
+  }
+  EXPECT_EQ(p::kClear, p::VerdictOf(p::MovieOf(Box("zzzz", Bytes().Fill(8)))));
+}
+
 TEST(Misplaced, EveryPartOfASchemeInAClearEntryIsNotClear) {
   for (const Bytes& part : {p::Schm("cenc"),
                             p::Schi(p::Tenc()),
