@@ -143,6 +143,27 @@ case_info() {
   says out 'PROTECTED'
   run 0 info --json clear.m4a
   says out '"verdict": "clear"'
+  # An image with two items, and what of it is wrong; 30 times over.
+  command -v python3 >/dev/null && {
+    python3 - <<'PY'
+import struct
+def box(kind, *parts):
+    body = b''.join(parts)
+    return struct.pack('>I', 8 + len(body)) + kind + body
+def infe(number, kind):
+    return box(b'infe', b'\2\0\0\0', struct.pack('>HH', number, 0), kind, b'\0')
+meta = box(b'meta', bytes(4), box(b'hdlr', bytes(8), b'pict', bytes(13)), box(b'pitm', bytes(5), b'\1'),
+           box(b'iinf', bytes(4), b'\0\3', infe(1, b'hvc1'), infe(2, b'hvc1'), infe(3, b'Exif')))
+head = box(b'ftyp', b'heic', bytes(4), b'mif1')
+open('image.heic', 'wb').write(head + meta)
+open('wrong.heic', 'wb').write(head + meta + box(b'moov', *[box(b'trak')] * 30))
+PY
+    run 0 info image.heic
+    says out '^  items +3: 1 Exif, 2 hvc1$'
+    run 0 info wrong.heic
+    says out '^  ! and [0-9]+ more, which --json and --explain show$'
+    (($(grep -c '^  !' out) == 21)) || { cat out; failed=1; }
+  }
   printf 'no movie at all' >text
   run 0 info text
   says out '^  protection +undetermined'

@@ -1,9 +1,11 @@
 #include "tools/InfoCommand.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <iterator>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -209,12 +211,37 @@ void PrintTrack(const Json& track, bool fragments, Section* section) {
   for (const Json& edit : *edits) section->Line("edit", EditText(edit, fragments));
 }
 
-void PrintFile(const std::string& file, const std::string& protectedBy, const Json& info,
-               Output* out, Section* section) {
+/// What the report says of a file.
+struct Judged {
+  std::string by;     ///< by what it is protected, in the words of a judgement
+  std::string items;  ///< "3: 2 hvc1, 1 Exif"; empty when there are none
+};
+
+Judged JudgementOf(const std::string& file) {
+  mp4judge_options options = MP4JUDGE_OPTIONS_DEFAULT;
+  options.host_answer = 0;
+  mp4judge_report* const report = mp4judge_inspect_path(file.c_str(), &options);
+  Judged judged{OneLine(ProtectedBy(report)), {}};
+  std::map<std::string, std::size_t> types;
+  const std::size_t items = mp4judge_report_item_count(report);
+  for (std::size_t i = 0; i < items; ++i) {
+    const char* const type = mp4judge_report_item(report, i)->type;
+    ++types[type != nullptr ? OneLine(type) : "of no type"];
+  }
+  for (const auto& [type, count] : types) {
+    Append(&judged.items, std::to_string(count) + " " + type);
+  }
+  if (items > 0) judged.items.insert(0, WithCommas(items) + ": ");
+  mp4judge_report_free(report);
+  return judged;
+}
+
+void PrintFile(const std::string& file, const Judged& judged, const Json& info, Output* out,
+               Section* section) {
   out->Bold(Printable(file));
   out->Write("\n");
   std::string verdict = Text(info, "verdict");
-  if (!protectedBy.empty()) verdict += " (" + protectedBy + ")";
+  if (!judged.by.empty()) verdict += " (" + judged.by + ")";
   if (!Text(info, "reason").empty()) verdict += ": " + Text(info, "reason");
   section->Line("protection", verdict);
   section->Line("size", WithCommas(Count(info, "size")) + " bytes");
@@ -226,6 +253,7 @@ void PrintFile(const std::string& file, const std::string& protectedBy, const Js
     brands += " (" + others + ")";
   }
   section->Line("brand", brands);
+  section->Line("items", judged.items);
   section->Line("created", Text(info, "created"));
   const double seconds = Number(info, "seconds");
   if (seconds > 0) section->Line("duration", TimeText(seconds));
@@ -253,14 +281,14 @@ void PrintMetadata(const Json& info, Section* section) {
   if (chapters == info.end()) return;
   section->Heading("Chapters");
   for (const Json& chapter : *chapters) {
-    section->Line(TimeText(Number(chapter, "seconds")), Text(chapter, "title"));
+    const std::string title = Text(chapter, "title");
+    section->Line(TimeText(Number(chapter, "seconds")), title.empty() ? "(no title)" : title);
   }
 }
 
-void PrintInfo(const std::string& file, const std::string& protectedBy, const Json& info,
-               Output* out) {
+void PrintInfo(const std::string& file, const Judged& judged, const Json& info, Output* out) {
   Section section(out);
-  PrintFile(file, protectedBy, info, out, &section);
+  PrintFile(file, judged, info, out, &section);
   const auto tracks = info.find("tracks");
   if (tracks != info.end()) {
     for (const Json& track : *tracks) {
@@ -271,17 +299,14 @@ void PrintInfo(const std::string& file, const std::string& protectedBy, const Js
   const auto problems = info.find("problems");
   if (problems == info.end()) return;
   section.Heading("Problems");
-  for (const Json& problem : *problems) section.Warning(OneLine(problem.get<std::string>()));
-}
-
-/// In the words of a judgement.
-std::string ProtectionOf(const std::string& file) {
-  mp4judge_options options = MP4JUDGE_OPTIONS_DEFAULT;
-  options.host_answer = 0;
-  mp4judge_report* const report = mp4judge_inspect_path(file.c_str(), &options);
-  const std::string by = OneLine(ProtectedBy(report));
-  mp4judge_report_free(report);
-  return by;
+  constexpr std::size_t kMost = 20;
+  for (std::size_t i = 0; i < std::min(problems->size(), kMost); ++i) {
+    section.Warning(OneLine((*problems)[i].get<std::string>()));
+  }
+  if (problems->size() > kMost) {
+    section.Warning("and " + std::to_string(problems->size() - kMost) +
+                    " more, which --json and --explain show");
+  }
 }
 
 }  // namespace
@@ -294,7 +319,7 @@ int RunInfo(const InfoOptions& options) {
   Output out;
   if (json != nullptr && options.json) out.Write(std::string(json) + "\n");
   if (json != nullptr && !options.json) {
-    PrintInfo(options.file, ProtectionOf(options.file), Json::parse(json), &out);
+    PrintInfo(options.file, JudgementOf(options.file), Json::parse(json), &out);
   }
   if (!out.End()) return kTrouble;
   const bool read =
