@@ -143,6 +143,23 @@ case_info() {
   says out 'PROTECTED'
   run 0 info --json clear.m4a
   says out '"verdict": "clear"'
+  # A film of 1920 x 1080 that was held upright.
+  command -v python3 >/dev/null && {
+    python3 "$tests/chart/film.py" film.mp4
+    run 0 info film.mp4
+    says out '^  shown +1920 x 1080$'
+    says out '^  frame rate +25 a second \(25/1\)$'
+    python3 - <<'PY'
+import struct
+film = bytearray(open('film.mp4', 'rb').read(20000))
+at = film.index(b'tkhd') + 4 + 4 + 20 + 16
+film[at:at + 36] = struct.pack('>9I', 0, 0x10000, 0, 0xFFFF0000, 0, 0, 1080 << 16, 0, 0x40000000)
+open('upright.mp4', 'wb').write(film)
+PY
+    run 0 info upright.mp4
+    says out '^  shown +1080 x 1920$'
+    says out '^  rotation +90 degrees clockwise$'
+  }
   # An image with two items, and what of it is wrong; 30 times over.
   command -v python3 >/dev/null && {
     python3 - <<'PY'

@@ -196,7 +196,10 @@ void PrintTrack(const Json& track, bool fragments, Section* section) {
   const double seconds = stated > 0 ? stated : Number(track, "sampleSeconds");
   if (seconds > 0) section->Line("duration", TimeText(seconds));
   if (Number(track, "width") > 0) {
-    section->Line("shown", Short(Number(track, "width")) + " x " + Short(Number(track, "height")));
+    const double turned = Number(track, "rotation");
+    const bool onItsSide = turned == 90 || turned == 270;
+    section->Line("shown", Short(Number(track, onItsSide ? "height" : "width")) + " x " +
+                               Short(Number(track, onItsSide ? "width" : "height")));
   }
   const auto rotation = track.find("rotation");
   if (rotation != track.end() && rotation->is_null()) section->Line("rotation", "transformed");
