@@ -193,6 +193,8 @@ VerdictCache::State VerdictCache::Prepare(std::string* why) {
   ok = ok && Exec(base_, "PRAGMA journal_mode=WAL") && Exec(base_, "PRAGMA synchronous=OFF") &&
        Exec(base_, "PRAGMA temp_store=MEMORY") && Exec(base_, kTable) &&
        sqlite3_prepare_v2(base_, kPut, -1, &put_, nullptr) == SQLITE_OK &&
+       // What earlier runs left in the log is found faster in the base itself.
+       Exec(base_, "PRAGMA wal_checkpoint") &&
        // Opens the log while files may still be opened for writing.
        Exec(base_, "BEGIN IMMEDIATE; DELETE FROM verdicts WHERE device IS NULL; COMMIT");
   const int code = sqlite3_errcode(base_);
