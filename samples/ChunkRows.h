@@ -4,6 +4,7 @@
 #include <functional>
 #include <vector>
 
+#include "samples/Search.h"
 #include "samples/TableBytes.h"
 
 namespace mp4 {
@@ -60,7 +61,7 @@ class ChunkRows {
 
   /// Asks for the bytes of an offset.
   void Foresee(std::uint64_t chunk) const {
-    __builtin_prefetch(offsets_.data() + chunk * (wide_ ? 8 : 4));
+    mp4::Foresee(offsets_.data() + chunk * (wide_ ? 8 : 4));
   }
 
   /// The row that holds a sample below Samples(), and that of an entry below Entries().

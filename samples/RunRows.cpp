@@ -80,9 +80,10 @@ RunRows::Place RunRows::FindWithoutTotal(std::uint64_t index) { return FindRow<f
 RunRows::Place RunRows::FindTotal(std::uint64_t total) {
   MakeMarks();
   if (rows_ == 1) return total < end_.total ? Place{} : end_;
+  const std::size_t guess = GuessPlace(total, marksPerTotal_, marks_.size());
+  ForeseeRows(guess);
   const std::size_t mark =
-      LastNotAbove(marks_.size(), GuessPlace(total, marksPerTotal_, marks_.size()), total,
-                   [this](std::size_t i) { return marks_[i].total; });
+      LastNotAbove(marks_.size(), guess, total, [this](std::size_t i) { return marks_[i].total; });
   Place place{mark * kRowsPerMark, marks_[mark].first, marks_[mark].total};
   Place found = place;
   for (; place.row < rows_ && place.total <= total; ++place.row) {

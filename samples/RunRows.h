@@ -51,11 +51,8 @@ class RunRows {
   void Foresee(std::uint64_t index) const {
     if (rows_ <= kRowsPerMark || marks_.empty()) return;
     const std::size_t mark = GuessPlace(index, marksPerSample_, marks_.size());
-    const unsigned char* rows = bytes_.data() + mark * kRowsPerMark * kWidth;
-    __builtin_prefetch(&marks_[mark]);
-    __builtin_prefetch(rows);
-    __builtin_prefetch(rows + kRowsPerMark * kWidth / 2);
-    __builtin_prefetch(rows + kRowsPerMark * kWidth - 1);
+    mp4::Foresee(&marks_[mark]);
+    ForeseeRows(mark);
   }
 
  private:
@@ -68,6 +65,12 @@ class RunRows {
   };
   void MakeMarks() {
     if (marks_.empty()) MakeAllMarks();
+  }
+  void ForeseeRows(std::size_t mark) const {
+    const unsigned char* rows = bytes_.data() + mark * kRowsPerMark * kWidth;
+    mp4::Foresee(rows);
+    mp4::Foresee(rows + kRowsPerMark * kWidth / 2);
+    mp4::Foresee(rows + kRowsPerMark * kWidth - 1);
   }
   void MakeAllMarks();
   bool IsEven(std::size_t row) const;

@@ -114,6 +114,7 @@ void SampleSearch::SearchTables(std::int64_t time, Best* best) {
     if (time >= 0) best->Offer(tables_->chunks.SampleOf(entry) + 1, Signed(tables_->TimeOf(entry)));
     return;
   }
+  tables_->offsets.Foresee(last);
   RowsDown times(&tables_->times, tables_->times.Find(last), tables_->times.LastValue());
   RowsDown offsets(&tables_->offsets, tables_->offsets.FindWithoutTotal(last), 0);
   for (;;) {
