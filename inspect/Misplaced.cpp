@@ -2,8 +2,8 @@
 
 #include "inspect/BoxNames.h"
 #include "inspect/HiddenSchemes.h"
-#include "iso/ProtectedFormats.h"
 #include "io/FourCC.h"
+#include "iso/ProtectedFormats.h"
 #include "iso/TypeText.h"
 #include "iso/UserType.h"
 
@@ -98,6 +98,16 @@ bool IsBoxBesideEntries(std::uint32_t type) {
   }
 }
 
+namespace {
+
+/// Whether a box whose type is no text, which is broken then, begins with one of them, broken too.
+bool IsBrokenParent(BoxTree* tree, BoxId box) {
+  FieldView fields = tree->Payload(box, 4, 4);
+  return !IsTypeText(tree->At(box).type) && fields.Left() == 4 && BeginsOneOnTheWay(fields.Type());
+}
+
+}  // namespace
+
 bool CoversBoxOnTheWay(BoxTree* tree, BoxId box, std::uint64_t from) {
   FieldView fields = tree->Payload(box, from, 8);
   if (fields.Left() < 8) return false;
@@ -127,7 +137,7 @@ void CheckUnknownBox(Findings* findings, BoxId box) {
   } else if (!IsBulk(type) && tree.At(box).PayloadSize() >= 8 &&
              // Behind the fields that a full box, or one with a count, has.
              (CoversBoxOnTheWay(&tree, box, 0) || CoversBoxOnTheWay(&tree, box, 4) ||
-              CoversBoxOnTheWay(&tree, box, 8))) {
+              CoversBoxOnTheWay(&tree, box, 8) || IsBrokenParent(&tree, box))) {
     findings->Doubt(box, "the unknown box \"" + TypeText(type) + "\" holds boxes of a movie");
   }
 }

@@ -101,7 +101,7 @@ class EntryInspection {
           break;
         default:
           if (LooksLikeSchemeInfo(&tree_, box)) hiding_ = box;
-          if (IsPartOfScheme(&tree_, box)) stray_ = box;
+          if (IsPartOfScheme(&tree_, box) || IsOnTheWay(tree_.At(box).type)) stray_ = box;
           break;
       }
     }
@@ -178,7 +178,8 @@ class EntryInspection {
       findings_->Doubt(wrapping_, "a box names a format for protected media");
     if (hiding_ != kNoBox) findings_->Doubt(hiding_, "an unknown box is laid out like a \"sinf\"");
     if (stray_ != kNoBox)
-      findings_->Doubt(stray_, "a part of a protection scheme stands outside a \"sinf\" box");
+      findings_->Doubt(stray_,
+                       "a box stands in a sample entry that belongs into a scheme or the movie");
     const std::string hidden = FindHiddenScheme(&tree_, entry_, hasLikeness_);
     if (!hidden.empty())
       findings_->Doubt(entry_, "a sample entry has the characters \"" + hidden +

@@ -45,6 +45,24 @@ TEST(Misplaced, AProtectedEntryOutsideItsDescriptionIsNotClear) {
   EXPECT_EQ(p::kUndetermined, p::VerdictOf(p::ClearMovie() + Box("rinf", p::Sinf("avc1", "cenc"))));
 }
 
+TEST(Misplaced, ABoxWhoseTypeIsNoTextIsNotClearWhenItBeginsLikeATrack) {
+  const Bytes trak = p::Trak(2, "vide", {p::ProtectedVideo()});
+  for (const unsigned character : {0xFFU, 0x1FU, 0x7FU}) {
+    Bytes renamed = trak;
+    renamed.PutBe32(4, 0x74726100 | character);
+    Bytes broken = renamed;
+    broken.PutBe32(8, 0xFF00005C);
+    EXPECT_EQ(p::kUndetermined, p::VerdictOf(p::Movie(p::VideoTrak() + renamed)));
+    EXPECT_EQ(p::kUndetermined, p::VerdictOf(p::Movie(p::VideoTrak() + broken)));
+  }
+  EXPECT_EQ(p::kClear, p::VerdictOf(p::Movie(p::VideoTrak() + Box("m\x01hd", Bytes().Fill(99)))));
+}
+
+TEST(Misplaced, ABoxOfTheMovieInAnEntryIsNotClear) {
+  const Bytes trak = p::Trak(2, "vide", {p::ClearVideo()});
+  EXPECT_EQ(p::kUndetermined, p::VerdictOf(p::MovieOf(p::VideoEntry("avc1", p::Avcc() + trak))));
+}
+
 TEST(Misplaced, ABoxOfTheMovieIsNoEntry) {
   for (const char* type : {"tkhd", "stco", "stts", "ftyp", "udta", "mdat", "dref"}) {
     const Bytes stray = Box(type, Bytes().Fill(8));
