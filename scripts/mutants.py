@@ -7,12 +7,12 @@
     scripts/mutants.py --list                  what could be changed, without running anything
 
 A changed source is compiled by itself and linked in front of the static library; of a changed
-header, every source that includes it. The tests named after the file run first, then all of them,
-up to the first failure. Runs are limited in processor time and memory, and a run that reaches a
+header, every source that includes it, and the tests named after it. The tests named after the file
+run first, then all of them, up to the first failure. Runs are limited in processor time and memory, and a run that reaches a
 limit has noticed. Changes that do not compile do not count.
 
 Survivors are printed as FILE:LINE: BEFORE -> AFTER, with the line. scripts/equivalent_mutants.txt
-lists changes that are known to make no difference, and why; they are counted by themselves. Exits
+lists changes that are known to make no difference, and why; they are counted, but not tried. Exits
 with 1 when a change went unnoticed, with 2 when that could not be found out.
 """
 
@@ -133,12 +133,17 @@ class Build:
         library = set(subprocess.run(["ninja", "-C", folder, "-t", "inputs", "mp4judge_internal"],
                                      check=True, capture_output=True, text=True).stdout.split())
         self.commands = {}
+        self.commands_of_tests = {}
+        self.tests = {}  # their objects
         for entry in json.loads((folder / "compile_commands.json").read_text()):
             file = pathlib.Path(entry["file"])
             words = shlex.split(entry["command"])
             output = words[words.index("-o") + 1]
             if file.is_relative_to(ROOT) and output in library:
                 self.commands[file.relative_to(ROOT).as_posix()] = words
+            elif "/mp4judge_tests.dir/" in output and file.is_relative_to(ROOT / "tests"):
+                self.commands_of_tests[file.relative_to(ROOT).as_posix()] = words
+                self.tests[file.relative_to(ROOT).as_posix()] = output
         self.includes = {}
         self.link = self.link_command()
         self.precompile()
@@ -153,11 +158,11 @@ class Build:
         words = words[compiler:]
         words = words[:words.index("&&")] if "&&" in words else words
         objects = [w for w in words if w.endswith(".o") and "/mp4judge_tests.dir/" in w]
-        joined = self.work / "tests.o"
-        run([words[0], "-r", "-nostdlib", "-o", joined, *objects], cwd=self.folder)
+        self.joined = self.work / "tests.o"
+        run([words[0], "-r", "-nostdlib", "-o", self.joined, *objects], cwd=self.folder)
         libraries = [self.kept(w) for w in words[words.index("-o") + 2:] if not w.endswith(".o")]
         linker = ["-fuse-ld=lld"] if shutil.which("ld.lld") else []
-        return [words[0], *linker, "-o", self.work / "tests", "CHANGED", joined, *libraries]
+        return [words[0], *linker, "-o", self.work / "tests", "CHANGED", *libraries]
 
     def kept(self, word):
         if not word.endswith(".a") or not (self.folder / word).is_file():
@@ -177,7 +182,7 @@ class Build:
     def flags(self, file):
         """The command that compiles a source, without its input and output. A change need be
         neither tidy nor fast."""
-        words = self.commands[file]
+        words = self.commands.get(file) or self.commands_of_tests[file]
         words = words[1:] if words[0].endswith("ccache") else list(words)
         for option in ("-o", "-c"):
             at = words.index(option)
@@ -215,16 +220,34 @@ class Build:
             if not self.compile(file, changed if file == mutant.file else ROOT / file, objects[-1],
                                 overlay):
                 return False
-        at = self.link.index("CHANGED")
-        words = self.link[:at] + objects + self.link[at + 1:]
-        return subprocess.run(words, cwd=self.folder, capture_output=True).returncode == 0
+        rest = [self.joined]
+        if mutant.file not in self.commands:
+            # In what is inline, the tests named after a header see its change.
+            tests = [f for f in map(relative, tests_named_after(mutant.file)) if f in self.tests]
+            for i, file in enumerate(tests):
+                objects.append(overlay / f"test{i}.o")
+                if not self.compile(file, ROOT / file, objects[-1], overlay):
+                    return False
+            rest = [o for f, o in self.tests.items() if f not in tests] if tests else rest
+        words = [[*objects, *rest] if w == "CHANGED" else [w] for w in self.link]
+        return subprocess.run(sum(words, []), cwd=self.folder, capture_output=True).returncode == 0
 
     def compile(self, file, path, output, overlay):
         words = self.flags(file)
         # The changed header comes before the one it stands for.
         words[1:1] = [f"-I{overlay}"]
-        words += ["-include", self.common, "-o", output, "-c", path]
+        if file in self.commands:
+            words += ["-include", self.common]
+        words += ["-o", output, "-c", path]
         return subprocess.run(words, cwd=self.folder, capture_output=True).returncode == 0
+
+
+def relative(path):
+    return path.relative_to(ROOT).as_posix()
+
+
+def tests_named_after(file):
+    return sorted((ROOT / "tests").rglob(f"{pathlib.Path(file).stem}*Test.cpp"))
 
 
 def run(words, cwd=None):
@@ -286,9 +309,8 @@ class Tests:
 
     def named_after(self, file):
         """A filter for the suites in the test sources of a file's name."""
-        stem = pathlib.Path(file).stem
         suites = set()
-        for path in (ROOT / "tests").rglob(f"{stem}*Test.cpp"):
+        for path in tests_named_after(file):
             suites.update(re.findall(r"^TEST(?:_[FP])?\((\w+)", path.read_text(), re.M))
         return ":".join(f"{s}.*:*/{s}.*" for s in sorted(suites))
 
@@ -355,20 +377,22 @@ def main():
         work = pathlib.Path(scratch)
         build = Build(args.build.resolve(), work)
         tests = Tests(work / "tests", work, args.without)
-        run([w for w in build.link if w != "CHANGED"], cwd=build.folder)
+        run([build.joined if w == "CHANGED" else w for w in build.link], cwd=build.folder)
         tests.measure()
         text = {m.file: (ROOT / m.file).read_text() for m in candidates}
         for done, mutant in enumerate(candidates, args.skip + 1):
             if args.sample and counts["tried"] == args.sample:
                 break
+            if (mutant.file, mutant.text, change(mutant)) in known:
+                counts["tried"] += 1
+                counts["equivalent"] += 1
+                continue
             if not build.make(mutant, text[mutant.file]):
                 counts["broken"] += 1
                 continue
             counts["tried"] += 1
             if tests.notice(mutant, args.quick):
                 counts["noticed"] += 1
-            elif (mutant.file, mutant.text, change(mutant)) in known:
-                counts["equivalent"] += 1
             else:
                 counts["survived"] += 1
                 print(describe(mutant), flush=True)
