@@ -23,7 +23,7 @@ while read -r header; do
   [[ -z $found ]] || continue
   echo "$header: no test of it in a file tests/**/${name}Test.cpp"
   failed=1
-done < <(for folder in io codecs platform boxes demux iso inspect door; do
+done < <(for folder in io codecs platform boxes demux iso inspect samples door; do
   [[ ! -d $folder ]] || find "$folder" -name '*.h'
 done | sort)
 
