@@ -196,4 +196,9 @@ TEST(movaudiotags, FoldsEachByteByItself) {
     const bool isCase = bit % 8 == 5;
     EXPECT_EQ(isCase ? 7 : 0, codec_get_id(table, mp4::FourCC("abcd") ^ 1U << bit)) << bit;
   }
+  // No byte covers a bit of its neighbour.
+  const AVCodecTag full[] = {{static_cast<CodecID>(7), 0xFFFFFFFF}, {static_cast<CodecID>(0), 0}};
+  for (unsigned int bit = 0; bit < 32; ++bit) {
+    EXPECT_EQ(0, codec_get_id(full, 0xFFFFFFFF ^ 1U << bit)) << bit;
+  }
 }
