@@ -477,3 +477,10 @@ TEST(BoxSTSZ, SumsAcrossBlocksAndAppends) {
   EXPECT_EQ(box.SumSizes(0, 2000), 2001000u);
   EXPECT_EQ(box.SumSizes(0, 5000), 2001000u);
 }
+
+TEST(BoxSTSZ, NeverReadTableAnswersZero) {
+  BoxSTSZ box;
+  EXPECT_EQ(box.GetSampleCount(), 0u);
+  EXPECT_EQ(box.GetSampleSize(0), 0u);
+  EXPECT_EQ(box.SumSizes(0, 9), 0u);
+}
