@@ -154,28 +154,30 @@ class ItemInspection {
     return subject;
   }
 
-  /// An item derived from a protected one (a "dimg" reference) is protected, however long the way.
+  /// An item derived from a protected one (a "dimg" reference) is protected, by the same scheme,
+  /// however long the way.
   void SpreadOverReferences() {
     if (derived_.empty()) return;
     // By input, so that each protected item finds what is derived from it.
     std::sort(derived_.begin(), derived_.end(),
               [](const auto& a, const auto& b) { return a.second < b.second; });
-    std::vector<std::uint32_t> waiting;
+    std::vector<const Item*> waiting;
     for (const Item& item : items_) {
-      if (item.isProtected) waiting.push_back(item.id);
+      if (item.isProtected) waiting.push_back(&item);
     }
     while (!waiting.empty()) {
-      const std::uint32_t input = waiting.back();
+      const Item& input = *waiting.back();
       waiting.pop_back();
-      auto at = std::lower_bound(derived_.begin(), derived_.end(), input,
+      auto at = std::lower_bound(derived_.begin(), derived_.end(), input.id,
                                  [](const auto& a, std::uint32_t id) { return a.second < id; });
-      for (; at != derived_.end() && at->second == input; ++at) {
+      for (; at != derived_.end() && at->second == input.id; ++at) {
         Item* item = Find(at->first);
         if (item == nullptr || item->isProtected) continue;
         item->isProtected = true;
-        waiting.push_back(item->id);
+        item->scheme = input.scheme;
+        waiting.push_back(item);
         findings_->Protect(item->box, SubjectOf(*item),
-                           "An item derived from protected item " + std::to_string(input) + ".");
+                           "An item derived from protected item " + std::to_string(input.id) + ".");
       }
     }
   }

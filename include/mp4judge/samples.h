@@ -104,11 +104,11 @@ MP4JUDGE_API uint32_t mp4judge_movie_timescale(const mp4judge_movie* movie);
 /// What a track tells of its composition times (CompositionToDecodeBox, 8.6.1.4), in units of the
 /// track's timescale. The caller's own.
 typedef struct mp4judge_composition {
-  int64_t shift;  ///< added to composition times, none is below its decode time
-  int64_t least_offset;
-  int64_t greatest_offset;
-  int64_t start;  ///< of the sample composed first
-  int64_t end;    ///< of the sample composed last; 0 when not told
+  int64_t shift;            ///< added to composition times, none is below its decode time
+  int64_t least_offset;     ///< of a sample's composition time from its decode time
+  int64_t greatest_offset;  ///< the same
+  int64_t start;            ///< of the sample composed first
+  int64_t end;              ///< of the sample composed last; 0 when not told
 } mp4judge_composition;
 
 /// 1 and what is told; 0 when nothing is.
@@ -213,9 +213,9 @@ typedef enum mp4judge_found_by {
 
 /// A movie fragment. The caller's own; its members stay as they are in all versions.
 typedef struct mp4judge_fragment {
-  uint64_t offset;      ///< of its "moof" in the file
-  int64_t decode_time;  ///< of the track's first sample in it; -1 when not told
-  mp4judge_found_by found_by;
+  uint64_t offset;             ///< of its "moof" in the file
+  int64_t decode_time;         ///< of the track's first sample in it; -1 when not told
+  mp4judge_found_by found_by;  ///< what told where it is
 } mp4judge_fragment;
 
 /// The last fragment that begins at or before a composition time of the track: where a reader
