@@ -60,9 +60,7 @@ class ChunkRows {
   }
 
   /// Asks for the bytes of an offset.
-  void Foresee(std::uint64_t chunk) const {
-    mp4::Foresee(offsets_.data() + chunk * (wide_ ? 8 : 4));
-  }
+  void Foresee(std::uint64_t chunk) const { offsets_.Foresee(chunk * (wide_ ? 8 : 4)); }
 
   /// The row that holds a sample below Samples(), and that of an entry below Entries().
   Row FindSample(std::uint64_t sample) const { return rows_ == 1 ? first_ : FindBySample(sample); }

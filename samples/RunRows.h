@@ -67,10 +67,10 @@ class RunRows {
     if (marks_.empty()) MakeAllMarks();
   }
   void ForeseeRows(std::size_t mark) const {
-    const unsigned char* rows = bytes_.data() + mark * kRowsPerMark * kWidth;
-    mp4::Foresee(rows);
-    mp4::Foresee(rows + kRowsPerMark * kWidth / 2);
-    mp4::Foresee(rows + kRowsPerMark * kWidth - 1);
+    const std::uint64_t rows = std::uint64_t{mark} * kRowsPerMark * kWidth;
+    bytes_.Foresee(rows);
+    bytes_.Foresee(rows + kRowsPerMark * kWidth / 2);
+    bytes_.Foresee(rows + kRowsPerMark * kWidth - 1);
   }
   void MakeAllMarks();
   bool IsEven(std::size_t row) const;

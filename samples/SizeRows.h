@@ -42,7 +42,7 @@ class SizeRows {
 
   /// Asks for the bytes of a size.
   void Foresee(std::uint64_t index) const {
-    if (width_ == Width::k32) mp4::Foresee(bytes_.data() + index * 4);
+    if (width_ == Width::k32) bytes_.Foresee(index * 4);
   }
   /// Sum of the sizes from one sample up to another. Long stretches are bridged by marks.
   std::uint64_t Sum(std::uint64_t from, std::uint64_t to);

@@ -24,7 +24,7 @@ class SyncRows {
   bool Names(std::uint64_t number) const;
   /// Asks for the bytes that RowsUpTo will probably look at.
   void Foresee(std::uint64_t number) const {
-    if (rows_ > 0) mp4::Foresee(bytes_.data() + GuessPlace(number, rowsPerNumber_, rows_) * 4);
+    if (rows_ > 0) bytes_.Foresee(GuessPlace(number, rowsPerNumber_, rows_) * std::uint64_t{4});
   }
 
  private:

@@ -6,6 +6,7 @@
 #include "io/LazyArray.h"
 #include "iso/BoxTree.h"
 #include "samples/SampleProblem.h"
+#include "samples/Search.h"
 
 namespace mp4 {
 
@@ -22,6 +23,11 @@ class TableBytes {
 
   const unsigned char* data() const { return data_; }
   std::size_t size() const { return size_; }
+  /// Asks for a byte that will be looked at soon. One that the table has not does no harm: an
+  /// address is a number here.
+  void Foresee(std::uint64_t at) const {
+    mp4::Foresee(reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(data_) + at));
+  }
 
  private:
   const unsigned char* data_ = nullptr;

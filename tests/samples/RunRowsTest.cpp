@@ -112,6 +112,13 @@ TEST(RunRows, WithoutRowsEverythingIsBehindThem) {
   EXPECT_EQ(loaded.rows.LastValue(), 0u);
 }
 
+TEST(RunRows, WithoutATableEverythingIsBehindIt) {
+  RunRows rows;
+  EXPECT_EQ(rows.FindTotal(0).row, 0U);
+  rows.Foresee(1000);
+  EXPECT_EQ(rows.Find(1000).first, 0U);
+}
+
 TEST(RunRows, TheLastValueIsThatOfARowWithSamples) {
   EXPECT_EQ(Loaded({{1, 10}, {2, 20}, {0, 30}}).rows.LastValue(), 20u);
 }
