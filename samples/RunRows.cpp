@@ -33,9 +33,11 @@ void RunRows::MakeAllMarks() {
     }
     const std::uint64_t count = CountOf(row);
     first += count;
-    total += count * ValueOf(row);
+    if (__builtin_add_overflow(total, count * ValueOf(row), &total) && rising_ == 0)
+      rising_ = marks_.size();
   }
   if (marks_.empty()) marks_.emplace_back();
+  if (rising_ == 0) rising_ = marks_.size();
   end_ = {rows_, first, total};
   marksPerSample_ = PlacesPer(first, marks_.size());
   marksPerTotal_ = PlacesPer(total, marks_.size());
@@ -83,14 +85,14 @@ RunRows::Place RunRows::FindTotal(std::uint64_t total) {
   const std::size_t guess = GuessPlace(total, marksPerTotal_, marks_.size());
   ForeseeRows(guess);
   const std::size_t mark =
-      LastNotAbove(marks_.size(), guess, total, [this](std::size_t i) { return marks_[i].total; });
+      LastNotAbove(rising_, guess, total, [this](std::size_t i) { return marks_[i].total; });
   Place place{mark * kRowsPerMark, marks_[mark].first, marks_[mark].total};
   Place found = place;
   for (; place.row < rows_ && place.total <= total; ++place.row) {
     const std::uint64_t count = CountOf(place.row);
     if (count != 0) found = place;
     place.first += count;
-    place.total += count * ValueOf(place.row);
+    if (__builtin_add_overflow(place.total, count * ValueOf(place.row), &place.total)) break;
   }
   if (place.row == rows_ && place.total <= total) return place;
   found_ = found;

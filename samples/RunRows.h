@@ -81,6 +81,7 @@ class RunRows {
   std::size_t rows_ = 0;
   std::uint32_t lastValue_ = 0;
   std::vector<Mark> marks_;
+  std::size_t rising_ = 0;  ///< marks in front of the row whose total leaves 64 bits
   double marksPerSample_ = 0;
   double marksPerTotal_ = 0;
   Place end_;

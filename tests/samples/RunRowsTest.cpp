@@ -112,6 +112,16 @@ TEST(RunRows, WithoutRowsEverythingIsBehindThem) {
   EXPECT_EQ(loaded.rows.LastValue(), 0u);
 }
 
+TEST(RunRows, ATotalIsFoundInFrontOfRowsThatLeave64Bits) {
+  std::vector<PlainTables::Run> runs{{1, 3000}, {1, 5999}};
+  runs.resize(100, {0xFFFFFFFF, 0xFFFFFFFF});
+  Loaded loaded(runs);
+  EXPECT_EQ(loaded.rows.FindTotal(2999).row, 0U);
+  EXPECT_EQ(loaded.rows.FindTotal(3000).row, 1U);
+  EXPECT_EQ(loaded.rows.FindTotal(8999).row, 2U);
+  EXPECT_EQ(loaded.rows.FindTotal(std::uint64_t{1} << 60).row, 2U);
+}
+
 TEST(RunRows, WithoutATableEverythingIsBehindIt) {
   RunRows rows;
   EXPECT_EQ(rows.FindTotal(0).row, 0U);
